@@ -1,0 +1,352 @@
+#include "BlockCopier.h"
+
+#include "files/Format.h"
+
+#include <QStringList>
+
+#include <cerrno>
+
+namespace vindaro::copy {
+
+using platform::BoxButtons;
+using platform::BoxIcon;
+using platform::IoResult;
+using platform::MessageBox;
+
+namespace {
+
+const QString kCrLf = QStringLiteral("\r\n");
+const QString kIndent = QString(22, QLatin1Char(' ')); // continuation lines of log entries
+
+QString joinLines(std::initializer_list<QString> lines)
+{
+    return QStringList(lines).join(kCrLf);
+}
+
+QString boxTitle(bool merge)
+{
+    return merge ? QStringLiteral("合并文件时出错！") : QStringLiteral("复制文件时出错！");
+}
+
+QString errorEntry(const QString& source, const QString& destination, bool merge, const QString& cause)
+{
+    if (merge)
+        return QStringLiteral("合并文件“") + source + QStringLiteral("”到：") + kCrLf + kIndent
+            + QStringLiteral("“") + destination + QStringLiteral("”时遇到错误。") + kCrLf + kIndent + cause;
+    return QStringLiteral("复制文件“") + source + QStringLiteral("”时遇到错误。") + kCrLf + kIndent + cause;
+}
+
+// Log cause and box text of the failures that end a copy.
+struct FailureTexts
+{
+    QString cause; // empty: nothing is logged
+    QString box;
+};
+
+FailureTexts failureTexts(
+    const FileError& error, bool atFirstPosition, bool cdRomNotReady, const QString& source, bool merge)
+{
+    switch (error.errorClass) {
+    case kDiskFull:
+        return merge ? FailureTexts {QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来合并文件。"),
+                   QStringLiteral("磁盘已满，没有足够的可用空间用来合并文件。")}
+                     : FailureTexts {QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来复制文件。"),
+                         QStringLiteral("磁盘已满，没有足够的可用空间用来复制文件。")};
+    case kBadRecordNumber:
+        return {QStringLiteral("错误原因：未知错误，可能是文件拒绝访问权限。"),
+            QStringLiteral("未知错误，请检查文件访问权限。")};
+    case kPermissionDenied:
+        return {QStringLiteral("错误原因：共享冲突,源文件或目标文件可能正在使用。"),
+            (merge ? QStringLiteral("无法合并 ") : QStringLiteral("无法复制 ")) + source + kCrLf
+                + QStringLiteral("共享冲突,源文件或目标文件可能正在使用。")};
+    case kPathAccess:
+        Q_ASSERT(atFirstPosition);
+        return {QStringLiteral("错误原因：路径/文件访问错误，文件拒绝访问权限。"),
+            QStringLiteral("路径/文件访问错误，请检查文件的访问权限。")};
+    default:
+        break;
+    }
+    Q_UNUSED(atFirstPosition);
+    // Any other failure. A medium that vanished is always the drive-not-ready case.
+    if (cdRomNotReady || error.errorClass == kDiskNotReady) {
+        return merge
+            ? FailureTexts {QStringLiteral("错误原因：合并文件被意外地终止，光驱中可能没有光盘。"),
+                QStringLiteral("合并文件被意外地终止，请检查光驱中是否有光盘。")}
+            : FailureTexts {QStringLiteral("错误原因：复制文件被意外地终止，请检查光驱中是否有光盘。"),
+                QStringLiteral("复制文件被意外地终止，请检查光驱中是否有光盘。")};
+    }
+    if (error.description.isEmpty()) {
+        if (merge)
+            return {QStringLiteral("错误原因：未知错误，可能是目标文件中含有非法字符或是 ") + kCrLf + kIndent
+                    + QStringLiteral("在文件合并过程当中遇到了其他无法预料的情况 。"),
+                joinLines({QStringLiteral("未知错误，可能是目标文件中含有非法字符或是在文件 "),
+                    QStringLiteral("合并过程当中遇到了其他无法预料的情况.如果文件已经"),
+                    QStringLiteral("合并了一部份，请重新启动Vindaro，若仍然存在"),
+                    QStringLiteral("问题，请检查文件的访问权限.")})};
+        return {QStringLiteral("错误原因：未知错误，可能是目标文件中含有非法字符 ") + kCrLf + kIndent
+                + QStringLiteral("或是在文件复制过程当中遇到了其他无法预料的情况 。"),
+            joinLines({QStringLiteral("未知错误，可能是目标文件中含有非法字符或是在文件 "),
+                QStringLiteral("复制过程当中遇到了其他无法预料的情况.如果文件已经"),
+                QStringLiteral("复制了一部份，请重新启动Vindaro并再次选择该 "),
+                QStringLiteral("文件然后以追加方式继续复制剩余的部分，若仍然存在"),
+                QStringLiteral("问题，请检查文件的访问权限.")})};
+    }
+    // A failure the system describes: shown with its code, not logged.
+    return {QString(),
+        QStringLiteral("[") + QString::number(error.code) + QStringLiteral("].") + error.description};
+}
+
+} // namespace
+
+BlockCopier::BlockCopier(CopyState& state, CopyHost& host, platform::FileLayer& files,
+    ResumeStore& resumeStore, std::function<bool(const QString&)> cdRomNotReady)
+    : m_state(state)
+    , m_host(host)
+    , m_files(files)
+    , m_resumeStore(resumeStore)
+    , m_cdRomNotReady(std::move(cdRomNotReady))
+{
+}
+
+QString BlockCopier::finishedEntry(const QString& source, const QString& destination, qint64 sourceLength,
+    bool merge, const QString& estimated, const QString& throughput)
+{
+    return source + kCrLf + kIndent
+        + (merge ? QStringLiteral("被成功地合并到：") : QStringLiteral("被成功地复制到：")) + kCrLf + kIndent
+        + destination + kCrLf + kIndent + QStringLiteral("文件大小：") + files::groupDigits(sourceLength)
+        + QStringLiteral("字节") + QStringLiteral("  ") + QStringLiteral("总计消耗：") + estimated
+        + QStringLiteral("  ") + QStringLiteral("存取速度：") + throughput;
+}
+
+QString BlockCopier::skippedEntry(qint64 position)
+{
+    return QStringLiteral("文件跳过：") + files::groupDigits(position) + QStringLiteral("字节");
+}
+
+CopyOutcome BlockCopier::copyBlocks(const QString& source, const QString& destination, qint64 step)
+{
+    m_skips = 0;
+    return run(source, destination, step, false);
+}
+
+CopyOutcome BlockCopier::mergeBlocks(const QString& source, const QString& destination, qint64 step)
+{
+    m_skips = 0;
+    return run(source, destination, step, true);
+}
+
+void BlockCopier::enterIdleState()
+{
+    m_state.stopRequested = false;
+    m_state.cancelRequested = false;
+    m_state.copyRunning = false;
+    m_state.elapsedSeconds = 0;
+    m_host.enterIdleState();
+}
+
+void BlockCopier::resetAfterCancel()
+{
+    m_state.stopRequested = false;
+    m_state.cancelRequested = false;
+    m_state.copyRunning = false;
+    m_state.elapsedSeconds = 0;
+    m_host.resetAfterCancel();
+}
+
+CopyOutcome BlockCopier::run(const QString& source, const QString& destination, qint64 step, bool merge)
+{
+    Q_ASSERT(step > 0);
+    // Each pass of this loop is a fresh entry of the block loop: after a skip, after "try again", and for
+    // the short tail round. A loop rather than nested calls, so any number of skips costs nothing more.
+    for (;;) {
+        IoResult io;
+        const qint64 sourceLength = m_files.length(source, io);
+        CopyOutcome outcome = CopyOutcome::Failed;
+        if (!io.ok()) {
+            if (onFailure(io, source, destination, merge, outcome))
+                return outcome;
+            continue;
+        }
+        m_state.sourceLength = sourceLength;
+
+        if (sourceLength == 0 && !merge) {
+            // Nothing to read block by block: the plain file copy makes the (empty) destination.
+            io = m_files.copyWhole(source, destination);
+            if (!io.ok()) {
+                if (onFailure(io, source, destination, merge, outcome))
+                    return outcome;
+                continue;
+            }
+            return finish(source, destination, merge, true);
+        }
+
+        const qint64 bufferBytes = std::min(sourceLength, step) + 1;
+        if (m_buffer.size() < bufferBytes)
+            m_buffer.resize(bufferBytes);
+
+        bool leftLoop = false;
+        {
+            auto in = m_files.openForReading(source, io);
+            std::unique_ptr<platform::RandomAccessFile> out;
+            if (in)
+                out = m_files.openForUpdate(destination, io);
+            while (in && out) {
+                if (m_state.stopRequested) {
+                    in.reset();
+                    out.reset();
+                    return onStop(source, destination, merge);
+                }
+                const qint64 position = m_state.position;
+                // One byte more than the step, but never past the source's last byte.
+                const qint64 wanted = std::max<qint64>(0, std::min(bufferBytes, sourceLength - position + 1));
+                if (wanted > 0) {
+                    io = in->readAt(position - 1, m_buffer.data(), wanted);
+                    if (io.ok() && io.bytes < wanted)
+                        io = IoResult::failure(
+                            EIO, QString()); // the source shrank under us: an unreadable stretch
+                    if (!io.ok())
+                        break;
+                    const qint64 writeAt = merge ? m_state.mergePosition.load() : position;
+                    io = out->writeAt(writeAt - 1, m_buffer.constData(), wanted);
+                    if (!io.ok())
+                        break;
+                }
+                m_host.updateProgress(position, sourceLength);
+                m_state.position += step; // added, not stored: a manual skip made meanwhile adds up
+                if (merge)
+                    m_state.mergePosition += step;
+                m_host.yield();
+                if (m_state.position >= sourceLength - step) {
+                    leftLoop = true;
+                    break;
+                }
+            }
+        } // both files closed here, before any question or skip
+
+        if (!leftLoop) {
+            if (onFailure(io, source, destination, merge, outcome))
+                return outcome;
+            continue;
+        }
+        if (m_state.position < sourceLength) {
+            step = sourceLength - m_state.position; // the tail: reads exactly up to the last byte
+            continue;
+        }
+        return finish(source, destination, merge, true);
+    }
+}
+
+bool BlockCopier::onFailure(
+    const IoResult& io, const QString& source, const QString& destination, bool merge, CopyOutcome& outcome)
+{
+    const FileError error = classify(io);
+    const qint64 position = m_state.position;
+
+    if (error.errorClass == kInvalidArgument) {
+        MessageBox box;
+        box.text = merge ? QStringLiteral("合并文件时出错，是否继续合并？")
+                         : QStringLiteral("复制文件时出错，是否继续复制？");
+        box.title = QStringLiteral("警告！");
+        box.icon = BoxIcon::Critical;
+        box.buttons = BoxButtons::YesNo;
+        const int answer = m_host.showBox(box);
+        m_state.lastAnswer = answer;
+        if (answer == platform::kAnswerYes) {
+            m_state.stopRequested = false;
+            m_state.cancelRequested = false;
+            m_state.copyRunning = true;
+            m_host.enterCopyingState();
+            return false; // the same round again, from the same position
+        }
+        enterIdleState();
+        outcome = CopyOutcome::Failed;
+        return true;
+    }
+
+    qint64 skipBytes = 0;
+    if (error.errorClass == kBadFileNumber)
+        skipBytes = m_state.blockBytes;
+    else if (error.errorClass == kPathAccess && position > 1)
+        skipBytes = qint64(m_state.skipBlocks) * m_state.blockBytes * 8;
+    if (skipBytes > 0) {
+        m_state.position += skipBytes;
+        ++m_skips;
+        m_host.yield();
+        if (m_state.position <= m_state.sourceLength) {
+            m_host.log(skippedEntry(m_state.position));
+            return false; // start again from the new position
+        }
+        outcome = finish(source, destination, merge, false);
+        return true;
+    }
+
+    const bool notReady = m_cdRomNotReady && m_cdRomNotReady(source);
+    const FailureTexts texts = failureTexts(error, position <= 1, notReady, source, merge);
+    enterIdleState();
+    if (!texts.cause.isEmpty())
+        m_host.log(errorEntry(source, destination, merge, texts.cause));
+    MessageBox box;
+    box.text = texts.box;
+    box.title = boxTitle(merge);
+    box.icon = BoxIcon::Critical;
+    m_host.showBox(box);
+    outcome = CopyOutcome::Failed;
+    return true;
+}
+
+CopyOutcome BlockCopier::finish(
+    const QString& source, const QString& destination, bool merge, bool showCopied)
+{
+    const qint64 sourceLength = m_state.sourceLength;
+    if (showCopied)
+        m_host.showCopiedBytes(sourceLength);
+    enterIdleState();
+    m_host.log(finishedEntry(
+        source, destination, sourceLength, merge, m_host.estimatedText(), m_host.throughputText()));
+    MessageBox box;
+    box.text = source + kCrLf
+        + (merge ? QStringLiteral("已被成功地合并到：") : QStringLiteral("已被成功地复制到：")) + destination;
+    box.title = merge ? QStringLiteral("文件合并完成！") : QStringLiteral("文件复制完成！");
+    box.icon = BoxIcon::Exclamation;
+    m_host.showBox(box);
+    return m_skips > 0 ? CopyOutcome::FinishedWithSkips : CopyOutcome::Finished;
+}
+
+CopyOutcome BlockCopier::onStop(const QString& source, const QString& destination, bool merge)
+{
+    m_host.stopTimer();
+    if (!m_state.cancelRequested)
+        return CopyOutcome::Paused; // the copy goes on later from `position`
+
+    m_host.log((merge ? QStringLiteral("取消合并：") : QStringLiteral("取消复制：")) + source);
+    MessageBox box;
+    box.text = destination + kCrLf + QStringLiteral("该文件已经存在，是否删除？");
+    box.title = QStringLiteral("提醒！");
+    box.icon = BoxIcon::Exclamation;
+    box.buttons = BoxButtons::YesNo;
+    const int answer = m_host.showBox(box);
+    m_state.lastAnswer = answer;
+    if (answer == platform::kAnswerYes) {
+        resetAfterCancel();
+        m_files.remove(destination);
+        m_resumeStore.remove(destination); // a record for a file that is gone would only mislead
+    } else {
+        saveResumeRecord(destination);
+        resetAfterCancel();
+    }
+    return CopyOutcome::Cancelled;
+}
+
+void BlockCopier::saveResumeRecord(const QString& destination)
+{
+    if (!m_files.exists(destination) || m_state.position >= m_state.sourceLength)
+        return;
+    IoResult io;
+    const qint64 destinationLength = m_files.length(destination, io);
+    if (!io.ok())
+        return;
+    m_resumeStore.save(destination,
+        makeResumeRecord(destinationLength, m_state.position, m_state.sourceLength, m_state.elapsedSeconds));
+}
+
+} // namespace vindaro::copy

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "CopyHost.h"
+#include "CopyState.h"
+#include "ErrorClass.h"
+#include "ResumeRecord.h"
+#include "platform/FileIo.h"
+
+#include <QByteArray>
+
+#include <functional>
+
+namespace vindaro::copy {
+
+enum class CopyOutcome
+{
+    Finished, // the whole source is in the destination
+    FinishedWithSkips, // finished, with unreadable stretches left out (zeros in a copy, closed up in a merge)
+    Paused, // files closed, `position` kept: the copy goes on later from there
+    Cancelled, // the destination was deleted, or kept with a resume record
+    Failed, // a failure box was shown; the window is idle
+};
+
+// The block loop: copies one file from a possibly damaged disc block by block, and where a block cannot
+// be read jumps ahead and goes on, so the readable rest reaches the destination.
+//
+// A round reads `step` + 1 bytes at `position` and writes them at the same position of the destination
+// (at `mergePosition` in a merge), then advances by `step`: consecutive reads overlap by one byte, which is
+// written twice with the same value. So after whole blocks from position 1 the destination's length is
+// the next position, and a partial destination's length is where copying continues. The destination is
+// never truncated here. Every outcome is shown to the user and logged through the host; the return value
+// is for callers that need it (the command-line tool's exit status, the batch).
+class BlockCopier
+{
+public:
+    // `cdRomNotReady` tells whether a path lies on an optical drive with no readable disc.
+    BlockCopier(CopyState& state, CopyHost& host, platform::FileLayer& files, ResumeStore& resumeStore,
+        std::function<bool(const QString&)> cdRomNotReady = {});
+
+    CopyOutcome copyBlocks(const QString& source, const QString& destination, qint64 step);
+    CopyOutcome mergeBlocks(const QString& source, const QString& destination, qint64 step);
+
+    // Saves where a stopped copy can go on, when the destination exists and the source is not all there.
+    void saveResumeRecord(const QString& destination);
+
+    int skippedStretches() const { return m_skips; } // unreadable stretches jumped in the last run
+
+    // Texts shared with the batch copy.
+    static QString finishedEntry(const QString& source, const QString& destination, qint64 sourceLength,
+        bool merge, const QString& estimated, const QString& throughput);
+    static QString skippedEntry(qint64 position);
+
+private:
+    CopyOutcome run(const QString& source, const QString& destination, qint64 step, bool merge);
+    CopyOutcome onStop(const QString& source, const QString& destination, bool merge);
+    CopyOutcome finish(const QString& source, const QString& destination, bool merge, bool showCopied);
+    // Decides what a failure means: true with `outcome` set when the copy ends, false to run the pass again.
+    bool onFailure(const platform::IoResult& io, const QString& source, const QString& destination,
+        bool merge, CopyOutcome& outcome);
+    void enterIdleState();
+    void resetAfterCancel();
+
+    CopyState& m_state;
+    CopyHost& m_host;
+    platform::FileLayer& m_files;
+    ResumeStore& m_resumeStore;
+    std::function<bool(const QString&)> m_cdRomNotReady;
+    QByteArray m_buffer; // reused by every round and pass
+    int m_skips = 0;
+};
+
+} // namespace vindaro::copy

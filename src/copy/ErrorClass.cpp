@@ -1,0 +1,67 @@
+#include "ErrorClass.h"
+
+#include <cerrno>
+
+namespace vindaro::copy {
+
+namespace {
+
+int classOf(int e)
+{
+    switch (e) {
+    case EIO:
+    case ENODATA:
+    case EBADMSG:
+    case EILSEQ:
+    case EREMOTEIO:
+    case ETIMEDOUT:
+    case ENOLINK:
+    case EPROTO:
+    case ENOTRECOVERABLE:
+        return kPathAccess;
+    case EBADF:
+        return kBadFileNumber;
+    case ENOSPC:
+    case EDQUOT:
+        return kDiskFull;
+    case ESPIPE:
+    case ENXIO:
+        return kBadRecordNumber;
+    case EACCES:
+    case EPERM:
+    case EBUSY:
+    case ETXTBSY:
+    case EROFS:
+        return kPermissionDenied;
+    case EINVAL:
+        return kInvalidArgument;
+    case EFBIG:
+    case EOVERFLOW:
+        return kOverflow;
+    case ENOENT:
+    case ENOTDIR:
+    case EISDIR:
+        return kFileNotFound;
+    case ENOMEDIUM:
+    case ENODEV:
+    case ESTALE:
+    case ENOTCONN:
+    case ESHUTDOWN:
+        return kDiskNotReady;
+    default:
+        return kOtherError;
+    }
+}
+
+} // namespace
+
+FileError classify(const platform::IoResult& result)
+{
+    FileError error;
+    error.errorClass = classOf(result.error);
+    error.code = error.errorClass == kOtherError ? result.error : error.errorClass;
+    error.description = result.description;
+    return error;
+}
+
+} // namespace vindaro::copy

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/FileIo.h"
+
+namespace vindaro::copy {
+
+// The classes the copy engine sorts file failures into; each decides skip, question or failure box.
+enum ErrorClass : int
+{
+    kOtherError = 0, // anything else: shown with its code and description
+    kInvalidArgument = 5, // asks whether to try the same block again
+    kOverflow = 6,
+    kBadFileNumber = 52, // skip one block
+    kFileNotFound = 53,
+    kDiskFull = 61,
+    kBadRecordNumber = 63,
+    kPermissionDenied = 70,
+    kDiskNotReady = 71, // no medium: reported as a drive that is not ready
+    kPathAccess = 75, // an unreadable stretch of the source: skipped past position 1
+};
+
+struct FileError
+{
+    int errorClass = kOtherError;
+    int code = 0; // the number shown in "[code]." boxes
+    QString description; // may be empty: then the "unknown error" texts are shown
+};
+
+// Sorts a failed I/O result by its errno:
+//   EIO, ENODATA, EBADMSG, EILSEQ, EREMOTEIO, ETIMEDOUT, ENOLINK, EPROTO, ENOTRECOVERABLE -> 75
+//       (medium, checksum and transport failures of a damaged disc: these must be skipped, never fatal)
+//   EBADF                       -> 52     ENOSPC, EDQUOT             -> 61
+//   ESPIPE, ENXIO               -> 63     EACCES, EPERM, EBUSY, ETXTBSY, EROFS -> 70
+//   EINVAL                      -> 5      EFBIG, EOVERFLOW           -> 6
+//   ENOENT, ENOTDIR, EISDIR     -> 53     ENOMEDIUM, ENODEV, ESTALE, ENOTCONN, ESHUTDOWN -> 71 (drive gone)
+//   anything else               -> other, with the errno as code and the system's text
+FileError classify(const platform::IoResult& result);
+
+} // namespace vindaro::copy

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+// The program's number, size and time texts, shared by every window.
+namespace vindaro::files {
+
+// A whole number with comma digit groups and at least one digit: 0 -> "0", 1234567 -> "1,234,567".
+QString groupDigits(qint64 value);
+// "1,234字节"
+QString formatBytes(qint64 bytes);
+// Whole megabytes (bytes / 1024 / 1024, truncated), grouped: 734003200 -> "700".
+QString formatWholeMegabytes(qint64 bytes);
+// "1,024KB/秒"
+QString formatKBps(qint64 kilobytesPerSecond);
+// hh:mm:ss, two digits each; hours go beyond two digits rather than wrap.
+QString formatDuration(qint64 seconds);
+
+} // namespace vindaro::files

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+#include <memory>
+
+namespace vindaro::platform {
+
+// The outcome of one file operation. `error` is the errno value of the failure (0 = success), so the
+// copy engine can sort failures into its own classes; `bytes` is what was actually transferred, so end of
+// file (bytes < asked, error 0) stays distinct from a failed read.
+struct IoResult
+{
+    qint64 bytes = 0;
+    int error = 0;
+    QString description; // the system's words for `error`; may be empty
+
+    bool ok() const { return error == 0; }
+    static IoResult failure(int errnoValue, QString text = {})
+    {
+        IoResult r;
+        r.error = errnoValue;
+        r.description = std::move(text);
+        return r;
+    }
+};
+
+// A file open for access at 0-based byte offsets. Closing happens in the destructor.
+class RandomAccessFile
+{
+public:
+    virtual ~RandomAccessFile() = default;
+    // Reads up to `maxBytes` at `offset`; fewer only at end of file.
+    virtual IoResult readAt(qint64 offset, char* data, qint64 maxBytes) = 0;
+    // Writes all `bytes` at `offset`, growing the file as needed; never truncates.
+    virtual IoResult writeAt(qint64 offset, const char* data, qint64 bytes) = 0;
+};
+
+// Whole-file services the copy engine needs. The real one works on the local file system; tests use a
+// memory fake that fails chosen reads and writes.
+class FileLayer
+{
+public:
+    virtual ~FileLayer() = default;
+    virtual std::unique_ptr<RandomAccessFile> openForReading(const QString& path, IoResult& result) = 0;
+    // Opens for reading and writing, creating the file when it is missing and keeping its bytes when not.
+    virtual std::unique_ptr<RandomAccessFile> openForUpdate(const QString& path, IoResult& result) = 0;
+    // The length in bytes, or -1 with the reason in `result` when the file cannot be examined.
+    virtual qint64 length(const QString& path, IoResult& result) = 0;
+    // Copies a whole file (used for empty sources); replaces an existing destination.
+    virtual IoResult copyWhole(const QString& source, const QString& destination) = 0;
+    // Cuts the file to zero bytes: only ever called when the user chose to overwrite it.
+    virtual IoResult truncate(const QString& path) = 0;
+    virtual IoResult remove(const QString& path) = 0;
+    virtual bool exists(const QString& path) = 0;
+};
+
+} // namespace vindaro::platform

@@ -1,0 +1,177 @@
+#include "LocalFileLayer.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vindaro::platform {
+
+QString errnoText(int errnoValue)
+{
+    return QString::fromLocal8Bit(std::strerror(errnoValue));
+}
+
+namespace {
+
+IoResult lastFailure()
+{
+    const int e = errno;
+    return IoResult::failure(e, errnoText(e));
+}
+
+class PosixFile final : public RandomAccessFile
+{
+public:
+    explicit PosixFile(int fd)
+        : m_fd(fd)
+    {
+    }
+    ~PosixFile() override { ::close(m_fd); }
+
+    IoResult readAt(qint64 offset, char* data, qint64 maxBytes) override
+    {
+        IoResult result;
+        while (result.bytes < maxBytes) {
+            const ssize_t n = ::pread(
+                m_fd, data + result.bytes, size_t(maxBytes - result.bytes), off_t(offset + result.bytes));
+            if (n < 0) {
+                if (errno == EINTR)
+                    continue;
+                const qint64 done = result.bytes;
+                result = lastFailure();
+                result.bytes = done;
+                return result;
+            }
+            if (n == 0)
+                break; // end of file
+            result.bytes += n;
+        }
+        return result;
+    }
+
+    IoResult writeAt(qint64 offset, const char* data, qint64 bytes) override
+    {
+        IoResult result;
+        while (result.bytes < bytes) {
+            const ssize_t n = ::pwrite(
+                m_fd, data + result.bytes, size_t(bytes - result.bytes), off_t(offset + result.bytes));
+            if (n < 0) {
+                if (errno == EINTR)
+                    continue;
+                const qint64 done = result.bytes;
+                result = lastFailure();
+                result.bytes = done;
+                return result;
+            }
+            result.bytes += n;
+        }
+        return result;
+    }
+
+private:
+    int m_fd;
+};
+
+std::unique_ptr<RandomAccessFile> openWith(const QString& path, int flags, IoResult& result)
+{
+    const QByteArray name = QFile::encodeName(path);
+    int fd;
+    do {
+        fd = ::open(name.constData(), flags | O_CLOEXEC, 0666);
+    } while (fd < 0 && errno == EINTR);
+    if (fd < 0) {
+        result = lastFailure();
+        return nullptr;
+    }
+    struct stat st
+    {
+    };
+    if (::fstat(fd, &st) == 0 && S_ISDIR(st.st_mode)) {
+        ::close(fd);
+        result = IoResult::failure(EISDIR, errnoText(EISDIR));
+        return nullptr;
+    }
+    result = IoResult();
+    return std::make_unique<PosixFile>(fd);
+}
+
+} // namespace
+
+std::unique_ptr<RandomAccessFile> LocalFileLayer::openForReading(const QString& path, IoResult& result)
+{
+    return openWith(path, O_RDONLY, result);
+}
+
+std::unique_ptr<RandomAccessFile> LocalFileLayer::openForUpdate(const QString& path, IoResult& result)
+{
+    // O_CREAT without O_TRUNC: an existing destination keeps every byte.
+    return openWith(path, O_RDWR | O_CREAT, result);
+}
+
+qint64 LocalFileLayer::length(const QString& path, IoResult& result)
+{
+    struct stat st
+    {
+    };
+    if (::stat(QFile::encodeName(path).constData(), &st) != 0) {
+        result = lastFailure();
+        return -1;
+    }
+    result = IoResult();
+    return qint64(st.st_size);
+}
+
+IoResult LocalFileLayer::copyWhole(const QString& source, const QString& destination)
+{
+    IoResult result;
+    auto in = openForReading(source, result);
+    if (!in)
+        return result;
+    const QByteArray name = QFile::encodeName(destination);
+    const int fd = ::open(name.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (fd < 0)
+        return lastFailure();
+    PosixFile out(fd);
+    QByteArray buffer(1 << 20, Qt::Uninitialized);
+    qint64 offset = 0;
+    for (;;) {
+        IoResult r = in->readAt(offset, buffer.data(), buffer.size());
+        if (!r.ok())
+            return r;
+        if (r.bytes == 0)
+            break;
+        IoResult w = out.writeAt(offset, buffer.constData(), r.bytes);
+        if (!w.ok())
+            return w;
+        offset += r.bytes;
+    }
+    return IoResult();
+}
+
+IoResult LocalFileLayer::truncate(const QString& path)
+{
+    if (::truncate(QFile::encodeName(path).constData(), 0) != 0)
+        return lastFailure();
+    return IoResult();
+}
+
+IoResult LocalFileLayer::remove(const QString& path)
+{
+    if (::unlink(QFile::encodeName(path).constData()) != 0)
+        return lastFailure();
+    return IoResult();
+}
+
+bool LocalFileLayer::exists(const QString& path)
+{
+    struct stat st
+    {
+    };
+    return ::stat(QFile::encodeName(path).constData(), &st) == 0;
+}
+
+} // namespace vindaro::platform

@@ -1,0 +1,454 @@
+#include "copy/BlockCopier.h"
+#include "fakes/FakeCopyHost.h"
+#include "fakes/MemoryFileLayer.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+using namespace vindaro::copy;
+namespace fake = vindaro::testing;
+namespace platform = vindaro::platform;
+using fake::ByteRange;
+using fake::positionBytes;
+
+namespace {
+
+const QString kSource = QStringLiteral("/media/cdrom/MPEGAV/AVSEQ01.DAT");
+const QString kDest = QStringLiteral("/home/u/video/a.dat");
+const QString kIndent(22, QLatin1Char(' '));
+
+class BlockCopierTest : public ::testing::Test
+{
+protected:
+    fake::MemoryFileLayer files;
+    CopyState state;
+    fake::FakeCopyHost host;
+    fake::MemoryResumeStore store;
+    bool cdRomNotReady = false;
+    BlockCopier copier {state, host, files, store, [this](const QString&) { return cdRomNotReady; }};
+
+    void start(qint64 blockBytes, int skipBlocks = 10)
+    {
+        state.blockBytes = blockBytes;
+        state.skipBlocks = skipBlocks;
+        state.position = 1;
+        state.copyRunning = true;
+    }
+    CopyOutcome copy() { return copier.copyBlocks(kSource, kDest, state.blockBytes); }
+    QString lastBoxText() const { return host.boxes.isEmpty() ? QString() : host.boxes.last().text; }
+};
+
+TEST_F(BlockCopierTest, SmallSourceGoesInOneRoundAndReportsTheFinish)
+{
+    const QByteArray data = positionBytes(10);
+    files.put(kSource, data);
+    start(40960);
+
+    EXPECT_EQ(copy(), CopyOutcome::Finished);
+
+    EXPECT_EQ(files.bytes(kDest), data);
+    EXPECT_EQ(files.readCount(), 1);
+    EXPECT_EQ(host.copiedShown, 10);
+    ASSERT_EQ(host.boxes.size(), 1);
+    EXPECT_EQ(host.boxes[0].title, QStringLiteral("文件复制完成！"));
+    EXPECT_EQ(host.boxes[0].text, kSource + QStringLiteral("\r\n已被成功地复制到：") + kDest);
+    ASSERT_EQ(host.entries.size(), 1);
+    EXPECT_EQ(host.entries[0],
+        kSource + "\r\n" + kIndent + QStringLiteral("被成功地复制到：") + "\r\n" + kIndent + kDest + "\r\n"
+            + kIndent + QStringLiteral("文件大小：10字节  总计消耗：00:00:09  存取速度：2,048KB/秒"));
+    EXPECT_EQ(host.switches, QStringList {QStringLiteral("idle")});
+    EXPECT_FALSE(state.copyRunning);
+}
+
+// Reads take one byte more than the step and overlap by that byte; the short last stretch gets its own
+// round that ends exactly at the last byte.
+TEST_F(BlockCopierTest, ReadsOverlapByOneByteAndTheTailRoundEndsAtTheLastByte)
+{
+    const qint64 b = 1000;
+    {
+        const QByteArray data = positionBytes(b + 1);
+        files.put(kSource, data);
+        start(b);
+        EXPECT_EQ(copy(), CopyOutcome::Finished);
+        EXPECT_EQ(files.readOffsets(kSource), QList<qint64> {0});
+        EXPECT_EQ(files.largestRead(), b + 1);
+        EXPECT_EQ(files.bytes(kDest), data);
+    }
+    files.reset();
+    {
+        const QByteArray data = positionBytes(3 * b + 5);
+        files.put(kSource, data);
+        host = {};
+        start(b);
+        EXPECT_EQ(copy(), CopyOutcome::Finished);
+        // three whole rounds from positions 1, b+1, 2b+1, then the tail from 3b+1 (offset 3b) with step 4
+        EXPECT_EQ(files.readOffsets(kSource), (QList<qint64> {0, b, 2 * b, 3 * b}));
+        EXPECT_EQ(host.progressPositions, (QList<qint64> {1, b + 1, 2 * b + 1, 3 * b + 1}));
+        EXPECT_EQ(files.bytes(kDest), data);
+        EXPECT_EQ(state.position, 3 * b + 5);
+    }
+}
+
+TEST_F(BlockCopierTest, EmptySourceIsCopiedWholeAndReportedFinished)
+{
+    files.put(kSource, QByteArray());
+    start(40960);
+    EXPECT_EQ(copy(), CopyOutcome::Finished);
+    EXPECT_TRUE(files.contains(kDest));
+    EXPECT_EQ(files.bytes(kDest).size(), 0);
+    EXPECT_EQ(files.readCount(), 0);
+    ASSERT_EQ(host.boxes.size(), 1);
+    EXPECT_EQ(host.boxes[0].title, QStringLiteral("文件复制完成！"));
+}
+
+// The engine writes at positions and never cuts the destination: emptying it is the caller's choice.
+TEST_F(BlockCopierTest, NeverTruncatesAnExistingDestination)
+{
+    const QByteArray data = positionBytes(10);
+    files.put(kSource, data);
+    files.put(kDest, QByteArray(1000, 'x'));
+    start(40960);
+    copy();
+    const QByteArray out = files.bytes(kDest);
+    ASSERT_EQ(out.size(), 1000);
+    EXPECT_EQ(out.first(10), data);
+    EXPECT_EQ(out.sliced(10), QByteArray(990, 'x'));
+}
+
+TEST_F(BlockCopierTest, UnreadableFirstBlockIsAFailure)
+{
+    files.put(kSource, positionBytes(5000));
+    files.faults(kSource).badReads = {ByteRange {100, 1}};
+    start(1000);
+    EXPECT_EQ(copy(), CopyOutcome::Failed);
+    ASSERT_EQ(host.boxes.size(), 1);
+    EXPECT_EQ(host.boxes[0].text, QStringLiteral("路径/文件访问错误，请检查文件的访问权限。"));
+    EXPECT_EQ(host.boxes[0].title, QStringLiteral("复制文件时出错！"));
+    EXPECT_EQ(host.boxes[0].icon, platform::BoxIcon::Critical);
+    EXPECT_EQ(host.entries,
+        QStringList {QStringLiteral("复制文件“") + kSource + QStringLiteral("”时遇到错误。\r\n") + kIndent
+            + QStringLiteral("错误原因：路径/文件访问错误，文件拒绝访问权限。")});
+    EXPECT_EQ(files.openFiles(), 0);
+}
+
+// An unreadable block past the start jumps skipBlocks x 8 blocks; what was read before arrives intact and
+// the stretch reads as zeros in the destination.
+TEST_F(BlockCopierTest, UnreadableBlockLaterSkipsEightTimesTheSkipSlider)
+{
+    const qint64 b = 100;
+    const QByteArray data = positionBytes(10000);
+    files.put(kSource, data);
+    files.faults(kSource).badReads = {ByteRange {350, 1}}; // inside the round at position 301
+    start(b, 3);
+
+    EXPECT_EQ(copy(), CopyOutcome::FinishedWithSkips);
+
+    const qint64 resumeAt = 301 + 3 * b * 8; // 2701
+    EXPECT_EQ(host.entries.first(), QStringLiteral("文件跳过：2,701字节"));
+    const QByteArray out = files.bytes(kDest);
+    ASSERT_EQ(out.size(), data.size());
+    EXPECT_EQ(out.first(301), data.first(301)); // rounds 1..3 wrote bytes 1..301
+    EXPECT_EQ(out.sliced(301, resumeAt - 1 - 301), QByteArray(resumeAt - 1 - 301, '\0'));
+    EXPECT_EQ(out.sliced(resumeAt - 1), data.sliced(resumeAt - 1));
+    EXPECT_EQ(copier.skippedStretches(), 1);
+    EXPECT_EQ(host.boxes.last().title, QStringLiteral("文件复制完成！"));
+}
+
+TEST_F(BlockCopierTest, SkipPastTheEndFinishesWithAShorterDestination)
+{
+    const QByteArray data = positionBytes(1000);
+    files.put(kSource, data);
+    files.faults(kSource).badReads = {ByteRange {250, 1}};
+    start(100, 10);
+
+    EXPECT_EQ(copy(), CopyOutcome::FinishedWithSkips);
+    EXPECT_EQ(files.bytes(kDest), data.first(201)); // rounds at 1 and 101 wrote up to byte 201
+    EXPECT_EQ(host.copiedShown, -1); // the copied figure is not updated after a skip past the end
+    EXPECT_EQ(host.boxes.last().title, QStringLiteral("文件复制完成！"));
+    EXPECT_FALSE(host.entries.first().startsWith(QStringLiteral("文件跳过")));
+}
+
+TEST_F(BlockCopierTest, BadFileNumberSkipsOneStep)
+{
+    files.put(kSource, positionBytes(1000));
+    files.faults(kSource).badReads = {ByteRange {450, 1}};
+    files.faults(kSource).readErrno = EBADF;
+    start(100);
+    EXPECT_EQ(copy(), CopyOutcome::FinishedWithSkips);
+    EXPECT_EQ(host.entries.first(), QStringLiteral("文件跳过：501字节"));
+}
+
+// Thousands of unreadable stretches: the restart is a loop, so files and memory stay flat.
+TEST_F(BlockCopierTest, AnyNumberOfSkipsKeepsResourcesFlat)
+{
+    const qint64 b = 10;
+    const qint64 length = 2'000'000;
+    files.putGenerated(kSource, length);
+    QList<ByteRange> bad;
+    for (qint64 at = 1000; at < length; at += 80 * b + 50)
+        bad.append(ByteRange {at, 1});
+    files.faults(kSource).badReads = bad;
+    start(b, 1);
+    EXPECT_EQ(copy(), CopyOutcome::FinishedWithSkips);
+    EXPECT_GT(copier.skippedStretches(), 2000);
+    EXPECT_LE(files.maxOpenFiles(), 2);
+    EXPECT_EQ(files.openFiles(), 0);
+}
+
+TEST_F(BlockCopierTest, MergeAppendsTheSourceBehindTheExistingBytes)
+{
+    const QByteArray head = QByteArray(50, 'h');
+    const QByteArray data = positionBytes(100);
+    files.put(kSource, data);
+    files.put(kDest, head);
+    start(40960);
+    state.mergePosition = 51;
+
+    EXPECT_EQ(copier.mergeBlocks(kSource, kDest, 40960), CopyOutcome::Finished);
+    EXPECT_EQ(files.bytes(kDest), head + data);
+    EXPECT_EQ(host.boxes.last().title, QStringLiteral("文件合并完成！"));
+    EXPECT_EQ(host.boxes.last().text, kSource + QStringLiteral("\r\n已被成功地合并到：") + kDest);
+    EXPECT_TRUE(host.entries.last().contains(QStringLiteral("被成功地合并到：")));
+}
+
+// In a merge only the read position jumps: what follows the stretch closes up behind what was written.
+TEST_F(BlockCopierTest, MergeLeavesSkippedStretchesOut)
+{
+    const QByteArray data = positionBytes(3000);
+    files.put(kSource, data);
+    files.put(kDest, QByteArray("AB"));
+    files.faults(kSource).badReads = {ByteRange {150, 1}};
+    start(100, 1);
+    state.mergePosition = 3;
+    EXPECT_EQ(copier.mergeBlocks(kSource, kDest, 100), CopyOutcome::FinishedWithSkips);
+    // the round at 1 wrote source bytes 1..101 at 3..103 and moved the write position to 103; the skip moves
+    // the read to 101 + 800 = 901, whose bytes then go on from 103 (over the overlap byte)
+    EXPECT_EQ(files.bytes(kDest), QByteArray("AB") + data.first(100) + data.sliced(900));
+}
+
+TEST_F(BlockCopierTest, EmptySourceMergeGoesThroughTheLoop)
+{
+    files.put(kSource, QByteArray());
+    files.put(kDest, QByteArray("abc"));
+    start(4096);
+    state.mergePosition = 4;
+    EXPECT_EQ(copier.mergeBlocks(kSource, kDest, 4096), CopyOutcome::Finished);
+    EXPECT_EQ(files.bytes(kDest), QByteArray("abc"));
+    EXPECT_EQ(host.boxes.last().title, QStringLiteral("文件合并完成！"));
+}
+
+// Every row of the failure table: the box, its title, and the log entry (or none).
+TEST_F(BlockCopierTest, FailuresShowTheirBoxAndLogTheirCause)
+{
+    const QString copyHead
+        = QStringLiteral("复制文件“") + kSource + QStringLiteral("”时遇到错误。\r\n") + kIndent;
+    const QString mergeHead = QStringLiteral("合并文件“") + kSource + QStringLiteral("”到：\r\n") + kIndent
+        + QStringLiteral("“") + kDest + QStringLiteral("”时遇到错误。\r\n") + kIndent;
+    struct Row
+    {
+        const char* name;
+        int error;
+        QString description;
+        bool merge;
+        bool cdRomNotReady;
+        QString box;
+        QString entry; // empty: nothing logged
+    };
+    const QList<Row> rows = {
+        {"disk full", ENOSPC, "x", false, false, QStringLiteral("磁盘已满，没有足够的可用空间用来复制文件。"),
+            copyHead + QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来复制文件。")},
+        {"disk full merge", ENOSPC, "x", true, false,
+            QStringLiteral("磁盘已满，没有足够的可用空间用来合并文件。"),
+            mergeHead + QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来合并文件。")},
+        {"bad record", ESPIPE, "x", false, false, QStringLiteral("未知错误，请检查文件访问权限。"),
+            copyHead + QStringLiteral("错误原因：未知错误，可能是文件拒绝访问权限。")},
+        {"permission", EACCES, "x", false, false,
+            QStringLiteral("无法复制 ") + kSource
+                + QStringLiteral("\r\n共享冲突,源文件或目标文件可能正在使用。"),
+            copyHead + QStringLiteral("错误原因：共享冲突,源文件或目标文件可能正在使用。")},
+        {"permission merge", EBUSY, "x", true, false,
+            QStringLiteral("无法合并 ") + kSource
+                + QStringLiteral("\r\n共享冲突,源文件或目标文件可能正在使用。"),
+            mergeHead + QStringLiteral("错误原因：共享冲突,源文件或目标文件可能正在使用。")},
+        {"no medium", ENOMEDIUM, "x", false, false,
+            QStringLiteral("复制文件被意外地终止，请检查光驱中是否有光盘。"),
+            copyHead + QStringLiteral("错误原因：复制文件被意外地终止，请检查光驱中是否有光盘。")},
+        {"cd not ready merge", EMLINK, "x", true, true,
+            QStringLiteral("合并文件被意外地终止，请检查光驱中是否有光盘。"),
+            mergeHead + QStringLiteral("错误原因：合并文件被意外地终止，光驱中可能没有光盘。")},
+        {"described", EMLINK, QStringLiteral("Too many links"), false, false,
+            QStringLiteral("[31].Too many links"), {}},
+        {"undescribed", EMLINK, {}, false, false,
+            QStringLiteral("未知错误，可能是目标文件中含有非法字符或是在文件 "
+                           "\r\n复制过程当中遇到了其他无法预料的情况.如果文件已经"
+                           "\r\n复制了一部份，请重新启动Vindaro并再次选择该 "
+                           "\r\n文件然后以追加方式继续复制剩余的部分，若仍然存在"
+                           "\r\n问题，请检查文件的访问权限."),
+            copyHead + QStringLiteral("错误原因：未知错误，可能是目标文件中含有非法字符 \r\n") + kIndent
+                + QStringLiteral("或是在文件复制过程当中遇到了其他无法预料的情况 。")},
+        {"undescribed merge", EMLINK, {}, true, false,
+            QStringLiteral("未知错误，可能是目标文件中含有非法字符或是在文件 "
+                           "\r\n合并过程当中遇到了其他无法预料的情况.如果文件已经"
+                           "\r\n合并了一部份，请重新启动Vindaro，若仍然存在\r\n问题，请检查文件的访问权限."),
+            mergeHead + QStringLiteral("错误原因：未知错误，可能是目标文件中含有非法字符或是 \r\n") + kIndent
+                + QStringLiteral("在文件合并过程当中遇到了其他无法预料的情况 。")},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        files.reset();
+        host = {};
+        files.put(kSource, positionBytes(500));
+        files.put(kDest, QByteArray());
+        files.faults(kDest).writeLimit = 150; // the destination fails after 150 bytes
+        files.faults(kDest).writeErrno = row.error;
+        files.faults(kDest).writeText = row.description;
+        cdRomNotReady = row.cdRomNotReady;
+        start(100);
+        state.mergePosition = 1;
+        // rows without a description fail on the first read, the others on a write past 150 bytes
+        const CopyOutcome outcome = [&] {
+            if (row.description.isEmpty()) {
+                files.faults(kSource).badReads = {ByteRange {0, 1}};
+                files.faults(kSource).readErrno = row.error;
+                files.faults(kSource).readText = row.description;
+                files.faults(kDest).writeLimit = -1;
+            }
+            return row.merge ? copier.mergeBlocks(kSource, kDest, 100) : copy();
+        }();
+        EXPECT_EQ(outcome, CopyOutcome::Failed);
+        ASSERT_EQ(host.boxes.size(), 1);
+        EXPECT_EQ(host.boxes[0].text, row.box);
+        EXPECT_EQ(host.boxes[0].title,
+            row.merge ? QStringLiteral("合并文件时出错！") : QStringLiteral("复制文件时出错！"));
+        EXPECT_EQ(host.boxes[0].icon, platform::BoxIcon::Critical);
+        if (row.entry.isEmpty())
+            EXPECT_TRUE(host.entries.isEmpty());
+        else
+            EXPECT_EQ(host.entries, QStringList {row.entry});
+        EXPECT_EQ(host.switches, QStringList {QStringLiteral("idle")});
+        EXPECT_EQ(files.openFiles(), 0);
+    }
+}
+
+TEST_F(BlockCopierTest, InvalidArgumentAsksAndRetriesTheSameRound)
+{
+    const QByteArray data = positionBytes(500);
+    files.put(kSource, data);
+    files.faults(kSource).badReads = {ByteRange {220, 1}};
+    files.faults(kSource).readErrno = EINVAL;
+    host.answers = {platform::kAnswerYes};
+    host.onBox
+        = [&](const platform::MessageBox&) { files.faults(kSource).badReads.clear(); }; // the retry succeeds
+    start(100);
+    EXPECT_EQ(copy(), CopyOutcome::Finished);
+    EXPECT_EQ(host.boxes.first().text, QStringLiteral("复制文件时出错，是否继续复制？"));
+    EXPECT_EQ(host.boxes.first().title, QStringLiteral("警告！"));
+    EXPECT_EQ(host.boxes.first().buttons, platform::BoxButtons::YesNo);
+    EXPECT_TRUE(host.switches.contains(QStringLiteral("copying")));
+    EXPECT_EQ(files.bytes(kDest), data);
+
+    // answered No: idle, nothing more
+    files.reset();
+    host = {};
+    files.put(kSource, data);
+    files.faults(kSource).badReads = {ByteRange {220, 1}};
+    files.faults(kSource).readErrno = EINVAL;
+    start(100);
+    EXPECT_EQ(copier.mergeBlocks(kSource, kDest, 100), CopyOutcome::Failed);
+    EXPECT_EQ(host.boxes.first().text, QStringLiteral("合并文件时出错，是否继续合并？"));
+    EXPECT_EQ(host.boxes.size(), 1);
+    EXPECT_EQ(state.lastAnswer, platform::kAnswerNo);
+}
+
+TEST_F(BlockCopierTest, PauseKeepsThePositionAndClosesTheFiles)
+{
+    files.put(kSource, positionBytes(1000));
+    host.onYield = [&] {
+        if (host.yields == 2)
+            state.stopRequested = true;
+    };
+    start(100);
+    EXPECT_EQ(copy(), CopyOutcome::Paused);
+    EXPECT_EQ(state.position, 201);
+    EXPECT_EQ(files.openFiles(), 0);
+    EXPECT_TRUE(host.boxes.isEmpty());
+    EXPECT_EQ(host.switches, QStringList {QStringLiteral("timer-off")});
+
+    // going on from there completes the copy byte for byte
+    state.stopRequested = false;
+    host.onYield = nullptr;
+    EXPECT_EQ(copier.copyBlocks(kSource, kDest, 100), CopyOutcome::Finished);
+    EXPECT_EQ(files.bytes(kDest), positionBytes(1000));
+}
+
+TEST_F(BlockCopierTest, CancelAnsweredNoKeepsThePartialFileWithAResumeRecord)
+{
+    files.put(kSource, positionBytes(1000));
+    host.onYield = [&] {
+        if (host.yields == 3) {
+            state.stopRequested = true;
+            state.cancelRequested = true;
+        }
+    };
+    host.answers = {platform::kAnswerNo};
+    state.elapsedSeconds = 4;
+    start(100);
+    EXPECT_EQ(copy(), CopyOutcome::Cancelled);
+    EXPECT_EQ(host.entries, QStringList {QStringLiteral("取消复制：") + kSource});
+    ASSERT_EQ(host.boxes.size(), 1);
+    EXPECT_EQ(host.boxes[0].text, kDest + QStringLiteral("\r\n该文件已经存在，是否删除？"));
+    EXPECT_EQ(host.boxes[0].title, QStringLiteral("提醒！"));
+    EXPECT_EQ(files.bytes(kDest).size(), 301);
+    ASSERT_TRUE(store.records.contains(kDest));
+    EXPECT_EQ(store.records[kDest].continuePosition, 301);
+    EXPECT_EQ(store.records[kDest].copiedPosition, 301);
+    EXPECT_EQ(store.records[kDest].elapsedSeconds, 4);
+    EXPECT_EQ(host.switches, (QStringList {QStringLiteral("timer-off"), QStringLiteral("reset")}));
+    EXPECT_EQ(state.elapsedSeconds, 0);
+}
+
+TEST_F(BlockCopierTest, CancelAnsweredYesDeletesTheDestination)
+{
+    files.put(kSource, positionBytes(1000));
+    host.onYield = [&] {
+        state.stopRequested = true;
+        state.cancelRequested = true;
+    };
+    host.answers = {platform::kAnswerYes};
+    start(100);
+    EXPECT_EQ(copier.mergeBlocks(kSource, kDest, 100), CopyOutcome::Cancelled);
+    EXPECT_EQ(host.entries, QStringList {QStringLiteral("取消合并：") + kSource});
+    EXPECT_FALSE(files.contains(kDest));
+    EXPECT_TRUE(store.records.isEmpty());
+}
+
+// A move of the skip slider between blocks moves the next read forward.
+TEST_F(BlockCopierTest, ManualSkipBetweenBlocksMovesTheNextRead)
+{
+    files.put(kSource, positionBytes(2000));
+    host.onYield = [&] {
+        if (host.yields == 1)
+            state.position += 3 * state.blockBytes;
+    };
+    start(100);
+    copy();
+    EXPECT_EQ(files.readOffsets(kSource).mid(0, 2), (QList<qint64> {0, 400}));
+}
+
+// Positions and lengths are 64-bit: a 3 GiB source copies to a byte-identical 3 GiB destination.
+TEST_F(BlockCopierTest, CopiesSourcesBeyondFourGigabytePositions)
+{
+    const qint64 length = 3LL * 1024 * 1024 * 1024 + 12345;
+    files.putGenerated(kSource, length);
+    files.putGenerated(kDest, 0);
+    start(614400);
+    EXPECT_EQ(copy(), CopyOutcome::Finished);
+    platform::IoResult io;
+    EXPECT_EQ(files.length(kDest, io), length);
+    EXPECT_EQ(files.patternMismatches(kDest), 0);
+    EXPECT_EQ(host.copiedShown, length);
+    EXPECT_TRUE(host.entries.last().contains(QStringLiteral("文件大小：3,221,237,817字节")));
+}
+
+} // namespace

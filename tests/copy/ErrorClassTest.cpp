@@ -1,0 +1,67 @@
+#include "copy/ErrorClass.h"
+#include "copy/ResumeRecord.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+namespace platform = vindaro::platform;
+using namespace vindaro::copy;
+
+// Medium errors of a damaged disc must land in the skipped class; the rest in the classes whose boxes
+// tell the user what to do.
+TEST(ErrorClass, SortsLinuxErrorsIntoTheEngineClasses)
+{
+    const struct
+    {
+        int error;
+        int errorClass;
+    } table[] = {
+        {EIO, kPathAccess},
+        {ENODATA, kPathAccess},
+        {EBADMSG, kPathAccess},
+        {ETIMEDOUT, kPathAccess},
+        {EBADF, kBadFileNumber},
+        {ENOSPC, kDiskFull},
+        {EDQUOT, kDiskFull},
+        {ESPIPE, kBadRecordNumber},
+        {EACCES, kPermissionDenied},
+        {EPERM, kPermissionDenied},
+        {EBUSY, kPermissionDenied},
+        {EROFS, kPermissionDenied},
+        {EINVAL, kInvalidArgument},
+        {EFBIG, kOverflow},
+        {ENOENT, kFileNotFound},
+        {ENOMEDIUM, kDiskNotReady},
+        {ENODEV, kDiskNotReady},
+        {ENOTCONN, kDiskNotReady},
+        {EMLINK, kOtherError},
+    };
+    for (const auto& row : table) {
+        const FileError e = classify(platform::IoResult::failure(row.error, QStringLiteral("x")));
+        EXPECT_EQ(e.errorClass, row.errorClass) << "errno " << row.error;
+        if (row.errorClass == kOtherError)
+            EXPECT_EQ(e.code, row.error);
+        else
+            EXPECT_EQ(e.code, row.errorClass);
+    }
+}
+
+TEST(ResumeRecord, FiguresRoundHalfToEvenAndAreZeroWithoutElapsedTime)
+{
+    EXPECT_EQ(roundHalfEven(2.5), 2);
+    EXPECT_EQ(roundHalfEven(3.5), 4);
+    EXPECT_EQ(roundHalfEven(2.4999), 2);
+
+    // 1,000,000 of 4,000,000 bytes in 10 s: 100,000 B/s -> 40 s in all, 97.66 KB/s -> 98.
+    const ResumeRecord r = makeResumeRecord(999'999, 1'000'000, 4'000'000, 10);
+    EXPECT_EQ(r.continuePosition, 999'999);
+    EXPECT_EQ(r.copiedPosition, 1'000'000);
+    EXPECT_EQ(r.estimatedSeconds, 40);
+    EXPECT_EQ(r.elapsedSeconds, 10);
+    EXPECT_EQ(r.speedKBps, 98);
+
+    const ResumeRecord none = makeResumeRecord(5, 6, 100, 0);
+    EXPECT_EQ(none.estimatedSeconds, 0);
+    EXPECT_EQ(none.speedKBps, 0);
+}
