@@ -21,6 +21,16 @@ public:
     // The estimated-total and throughput figures as shown, for the finish entry of the log.
     virtual QString estimatedText() = 0;
     virtual QString throughputText() = 0;
+
+    // The choice dialogs of an existing destination.
+    // Continue copy: 1 start over, 2 continue from the resume record, anything else gives up.
+    virtual int askContinueCopy(const QString& source, const QString& destination) = 0;
+    // Existing file: 1 overwrite, 2 append, 3 merge, 4 delete, 5 copy under `newName` (a file name without
+    // folder), anything else gives up.
+    virtual int askExistingFile(const QString& source, const QString& destination, QString& newName) = 0;
+    // A paused copy could not go on (too little room): pause/continue shows "继续复制[&P]" again, cancel is
+    // disabled and the destination can be changed.
+    virtual void stayPaused() = 0;
 };
 
 } // namespace vindaro::copy

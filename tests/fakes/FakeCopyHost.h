@@ -48,6 +48,23 @@ public:
     void showCopiedBytes(qint64 bytes) override { copiedShown = bytes; }
     QString estimatedText() override { return QStringLiteral("00:00:09"); }
     QString throughputText() override { return QStringLiteral("2,048KB/秒"); }
+
+    QList<int> continueAnswers;  // answers of the continue-copy dialog, in order; 0 (give up) when out
+    QList<int> existingAnswers;  // answers of the existing-file dialog
+    QString newName;             // the name typed for choice 5
+    QStringList dialogs;         // "continue" / "existing", in the order asked
+    int askContinueCopy(const QString&, const QString&) override
+    {
+        dialogs.append(QStringLiteral("continue"));
+        return continueAnswers.isEmpty() ? 0 : continueAnswers.takeFirst();
+    }
+    int askExistingFile(const QString&, const QString&, QString& name) override
+    {
+        dialogs.append(QStringLiteral("existing"));
+        name = newName;
+        return existingAnswers.isEmpty() ? 0 : existingAnswers.takeFirst();
+    }
+    void stayPaused() override { switches.append(QStringLiteral("stay-paused")); }
 };
 
 // Resume records kept in memory.

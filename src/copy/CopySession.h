@@ -1,0 +1,53 @@
+#pragma once
+
+#include "BlockCopier.h"
+
+namespace vindaro::copy {
+
+// What copy preparation asks about the drives of its paths.
+class DriveFacts
+{
+public:
+    virtual ~DriveFacts() = default;
+    virtual int driveType(const QString& path) = 0;      // a platform::DriveKind; 0 when the path has no drive
+    virtual double freeBytes(const QString& path) = 0;   // bytes free for the caller; -1 when no drive
+    virtual bool driveIsReady(const QString& path) = 0;
+    virtual QString driveName(const QString& path) = 0;  // how the drive is named in messages (its mount point)
+};
+
+// Everything between the start button and the first block, and the checks of a paused copy that goes on:
+// empty paths, free space, the block size, and what to do with an existing destination. Runs wherever the
+// block loop runs (the window's worker thread); every question goes through the host.
+class CopySession
+{
+public:
+    CopySession(CopyState& state, CopyHost& host, platform::FileLayer& files, ResumeStore& resumeStore,
+                DriveFacts& drives);
+
+    // Starts a copy from the start button. Answers the outcome of the block loop, or Failed when the
+    // preparation stopped (a box was shown, a question answered No, a dialog given up).
+    CopyOutcome startCopy(const QString& source, const QString& destination);
+    // A paused copy goes on (the pause button has set the flags and its caption).
+    CopyOutcome resumeCopy(const QString& source, const QString& destination);
+    // Sets and answers state.blockBytes from the read slider and the kinds of the drive and file.
+    qint64 computeBlockBytes(const QString& source, const QString& destination);
+
+    // 0 Win32s-like, 1 the old consumer family, 2 the NT family, 3 anything else. Linux is "anything else".
+    void setPlatformFamily(int family) { m_platformFamily = family; }
+    BlockCopier& copier() { return m_copier; }
+
+private:
+    bool checkFreeSpace(const QString& source, const QString& destination, qint64 needed, bool resuming);
+    CopyOutcome startOver(const QString& source, const QString& destination);
+    CopyOutcome runCopy(const QString& source, const QString& destination);
+
+    CopyState& m_state;
+    CopyHost& m_host;
+    platform::FileLayer& m_files;
+    ResumeStore& m_resumeStore;
+    DriveFacts& m_drives;
+    BlockCopier m_copier;
+    int m_platformFamily = 3;
+};
+
+} // namespace vindaro::copy
