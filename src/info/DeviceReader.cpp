@@ -1,0 +1,74 @@
+#include "DeviceReader.h"
+
+#include <QIODevice>
+
+#include <cstring>
+#include <limits>
+
+namespace vindaro::info {
+
+DeviceReader::DeviceReader(QIODevice& device)
+    : m_device(device)
+    , m_size(device.size())
+{
+}
+
+bool DeviceReader::loadWindow(qint64 offset)
+{
+    if (m_windowOffset >= 0 && offset >= m_windowOffset && offset < m_windowOffset + m_window.size())
+        return true;
+    m_windowOffset = -1;
+    m_window.clear();
+    if (!m_device.seek(offset))
+        return false;
+    m_window.resize(kWindowBytes);
+    const qint64 got = m_device.read(m_window.data(), kWindowBytes);
+    if (got <= 0) {
+        m_window.clear();
+        return false;
+    }
+    m_window.resize(got);
+    m_windowOffset = offset;
+    return true;
+}
+
+QByteArray DeviceReader::readAt(qint64 offset, qint64 length)
+{
+    QByteArray result;
+    if (offset < 0 || length <= 0)
+        return result;
+    length = qMin(length, kMaxReadBytes);
+    if (offset > std::numeric_limits<qint64>::max() - length)
+        return result;
+    result.reserve(length);
+    qint64 at = offset;
+    while (result.size() < length) {
+        if (!loadWindow(at))
+            break;
+        const qint64 inWindow = at - m_windowOffset;
+        const qint64 take = qMin<qint64>(length - result.size(), m_window.size() - inWindow);
+        result.append(m_window.constData() + inWindow, take);
+        at += take;
+    }
+    return result;
+}
+
+qint64 DeviceReader::indexOf(char value, qint64 from, qint64 to)
+{
+    if (from < 0)
+        from = 0;
+    for (qint64 at = from; at < to;) {
+        if (!loadWindow(at))
+            return -1;
+        const qint64 inWindow = at - m_windowOffset;
+        const qint64 span = qMin<qint64>(m_window.size() - inWindow, to - at);
+        const void* hit = std::memchr(
+            m_window.constData() + inWindow, static_cast<uchar>(value), static_cast<size_t>(span));
+        if (hit)
+            return m_windowOffset + (static_cast<const char*>(hit) - m_window.constData());
+        at += span;
+    }
+    return -1;
+}
+
+} // namespace vindaro::info

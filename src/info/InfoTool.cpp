@@ -1,0 +1,127 @@
+// vindaro-info FILE...: prints the summary the property window shows for MP3, SWF and ZIP files.
+#include "InfoText.h"
+#include "ZipInformation.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QStringList>
+
+#include <cstdio>
+
+namespace {
+
+using namespace vindaro::info;
+
+void write(FILE* stream, const QString& text)
+{
+    const QByteArray bytes = text.toUtf8();
+    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream);
+}
+
+// The summary texts use CR LF; a terminal wants LF.
+QString unixLines(QString text)
+{
+    return text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+}
+
+void printHelp()
+{
+    write(stdout,
+        QStringLiteral("用法：vindaro-info 文件...\n"
+                       "显示 MP3、SWF 和 ZIP 文件的摘要信息（与文件属性窗口的“摘要”页相同）：\n"
+                       "  MP3  ID3v1 标签信息和 MPEG 信息\n"
+                       "  SWF  Flash 影片信息（仅限未压缩的影片）\n"
+                       "  ZIP  压缩包中的文件和文件夹列表及统计\n"
+                       "选项：\n"
+                       "  -h, --help  显示此帮助\n"
+                       "任一文件无法读取时，退出码为 1。\n"));
+}
+
+bool printZip(const QString& path)
+{
+    ZipInformation zip;
+    write(stdout, ZipInformation::columnCaptions().join(QLatin1Char('\t')) + QLatin1Char('\n'));
+    const bool opened = zip.readZip(path, [](const ZipRow& row) {
+        const QStringList cells = row.isFolder
+            ? QStringList {row.text, QString(), row.modified}
+            : QStringList {row.text, row.size, row.modified, row.ratio, row.compressedSize, row.crc};
+        write(stdout, cells.join(QLatin1Char('\t')) + QLatin1Char('\n'));
+        return true;
+    });
+    if (!opened)
+        return false;
+    write(stdout, zip.getFileQuantitySize().join(QLatin1Char('\n')) + QLatin1Char('\n'));
+    return true;
+}
+
+// False when the file could not be read at all.
+bool printFile(const QString& path)
+{
+    const QFileInfo info(path);
+    QFile probe(path);
+    if (!info.exists() || info.isDir() || !probe.open(QIODevice::ReadOnly)) {
+        write(
+            stderr, QStringLiteral("vindaro-info：无法读取文件“%1”：文件不存在或没有读取权限。\n").arg(path));
+        return false;
+    }
+    probe.close();
+    write(stdout, QStringLiteral("== %1 ==\n").arg(path));
+    const QString kind = path.right(3).toUpper();
+    if (kind == QLatin1String("MP3")) {
+        write(stdout, unixLines(mp3Summary(path)).mid(1) + QLatin1Char('\n'));
+    } else if (kind == QLatin1String("SWF")) {
+        const QString text = flashSummary(path);
+        if (text.isEmpty())
+            write(stdout, QStringLiteral("（不是未压缩的 Flash 影片，没有可显示的信息）\n"));
+        else
+            write(stdout, unixLines(text).mid(1) + QLatin1Char('\n'));
+    } else if (kind == QLatin1String("ZIP")) {
+        if (!printZip(path)) {
+            write(stderr, QStringLiteral("vindaro-info：无法读取文件“%1”。\n").arg(path));
+            return false;
+        }
+    } else {
+        write(stderr,
+            QStringLiteral("vindaro-info：不支持文件“%1”的类型，只能显示 MP3、SWF 和 ZIP 文件的信息。\n")
+                .arg(path));
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QStringList files = QCoreApplication::arguments().mid(1);
+    bool onlyFiles = false;
+    QStringList paths;
+    for (const QString& argument : files) {
+        if (!onlyFiles && argument == QLatin1String("--")) {
+            onlyFiles = true;
+        } else if (!onlyFiles && (argument == QLatin1String("-h") || argument == QLatin1String("--help"))) {
+            printHelp();
+            return 0;
+        } else if (!onlyFiles && argument.startsWith(QLatin1Char('-')) && argument.size() > 1) {
+            write(
+                stderr, QStringLiteral("vindaro-info：未知选项“%1”。请用 --help 查看用法。\n").arg(argument));
+            return 2;
+        } else {
+            paths << argument;
+        }
+    }
+    if (paths.isEmpty()) {
+        printHelp();
+        return 2;
+    }
+    bool allRead = true;
+    for (qsizetype i = 0; i < paths.size(); ++i) {
+        if (i > 0)
+            write(stdout, QStringLiteral("\n"));
+        allRead = printFile(paths.at(i)) && allRead;
+    }
+    std::fflush(stdout);
+    return allRead ? 0 : 1;
+}
