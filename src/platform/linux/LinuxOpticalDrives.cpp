@@ -1,0 +1,247 @@
+#include "LinuxOpticalDrives.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMap>
+#include <QRegularExpression>
+
+#include <cerrno>
+#include <climits>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#ifdef __linux__
+#include <linux/cdrom.h>
+#endif
+
+namespace vindaro::platform {
+
+namespace {
+
+// mountinfo writes blanks, tabs, newlines and backslashes in paths as \040, \011, \012 and \134.
+QString unescapeMountField(const QByteArray& field)
+{
+    QByteArray out;
+    out.reserve(field.size());
+    for (qsizetype i = 0; i < field.size(); ++i) {
+        const char c = field.at(i);
+        if (c == '\\' && i + 3 < field.size()) {
+            const QByteArray digits = field.mid(i + 1, 3);
+            bool ok = false;
+            const int value = digits.toInt(&ok, 8);
+            if (ok && digits.size() == 3 && value >= 0 && value < 256) {
+                out.append(static_cast<char>(value));
+                i += 3;
+                continue;
+            }
+        }
+        out.append(c);
+    }
+    return QString::fromUtf8(out);
+}
+
+QString withoutTrailingSlash(QString path)
+{
+    while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
+        path.chop(1);
+    return path;
+}
+
+QByteArray readSmallFile(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return file.read(1 << 20); // mountinfo of a busy machine is a few hundred KB at most
+}
+
+// The drives' kernel names, sr0 sr1 ... sr10, in number order.
+QStringList driveNames(const QString& sysBlock, const QString& dev)
+{
+    static const QRegularExpression pattern(QStringLiteral("^sr(\\d{1,6})$"));
+    QMap<int, QString> byNumber;
+    for (const QString& folder : {sysBlock, dev}) {
+        const QStringList entries
+            = QDir(folder).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
+        for (const QString& name : entries) {
+            const QRegularExpressionMatch match = pattern.match(name);
+            if (match.hasMatch())
+                byNumber.insert(match.captured(1).toInt(), name);
+        }
+    }
+    return byNumber.values();
+}
+
+// Reading the first entry of a mounted medium's root reads the medium: it fails (EIO, ENOMEDIUM)
+// when the disc is unreadable, where a cached directory handle alone would not tell.
+bool canListFolder(const QString& path)
+{
+    DIR* folder = ::opendir(QFile::encodeName(path).constData());
+    if (!folder)
+        return false;
+    errno = 0;
+    const dirent* entry = ::readdir(folder);
+    const bool ok = entry != nullptr || errno == 0;
+    ::closedir(folder);
+    return ok;
+}
+
+enum class DriveStatus
+{
+    DiscOk,
+    NoDisc,
+    Unknown
+};
+
+// Runs one CDROM ioctl on a device opened without waiting for a medium. -1 when the device cannot be
+// opened or the ioctl fails.
+int cdromIoctl(const QString& path, unsigned long request, long argument)
+{
+    const QByteArray native = QFile::encodeName(path);
+    int fd = -1;
+    do {
+        fd = ::open(native.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    } while (fd < 0 && errno == EINTR);
+    if (fd < 0)
+        return -1;
+    const int result = ::ioctl(fd, request, argument);
+    ::close(fd);
+    return result;
+}
+
+DriveStatus driveStatus(const QString& path)
+{
+#ifdef CDROM_DRIVE_STATUS
+    // CDSL_CURRENT is INT_MAX: ask about the drive itself, not a changer slot.
+    const int status = cdromIoctl(path, CDROM_DRIVE_STATUS, INT_MAX);
+    switch (status) {
+    case CDS_DISC_OK:
+        return DriveStatus::DiscOk;
+    case CDS_NO_DISC:
+    case CDS_TRAY_OPEN:
+    case CDS_DRIVE_NOT_READY:
+        return DriveStatus::NoDisc;
+    default:
+        return DriveStatus::Unknown; // no permission, no such device, CDS_NO_INFO
+    }
+#else
+    Q_UNUSED(path);
+    return DriveStatus::Unknown;
+#endif
+}
+
+} // namespace
+
+LinuxOpticalDrives::LinuxOpticalDrives(const QString& rootPath)
+    : m_rootPath(rootPath.isEmpty() ? QStringLiteral("/") : rootPath)
+{
+}
+
+QString LinuxOpticalDrives::hostPath(const QString& absolutePath) const
+{
+    if (m_rootPath == QLatin1String("/"))
+        return absolutePath;
+    return QDir(m_rootPath).filePath(absolutePath.mid(1));
+}
+
+QList<LinuxOpticalDrives::MountEntry> LinuxOpticalDrives::parseMountInfo(const QByteArray& text)
+{
+    // Fields: id parent major:minor root mountpoint options [optional...] - fstype source superoptions
+    QList<MountEntry> entries;
+    const QList<QByteArray> lines = text.split('\n');
+    for (const QByteArray& line : lines) {
+        const QList<QByteArray> fields = line.simplified().split(' ');
+        const qsizetype dash = fields.indexOf(QByteArrayLiteral("-"));
+        if (dash < 6 || dash + 2 >= fields.size())
+            continue;
+        MountEntry entry;
+        entry.majorMinor = QString::fromLatin1(fields.at(2));
+        entry.mountPoint = withoutTrailingSlash(unescapeMountField(fields.at(4)));
+        entry.fsType = unescapeMountField(fields.at(dash + 1));
+        entry.source = unescapeMountField(fields.at(dash + 2));
+        if (!entry.mountPoint.startsWith(QLatin1Char('/')))
+            continue;
+        entries.append(entry);
+    }
+    return entries;
+}
+
+QList<OpticalDrive> LinuxOpticalDrives::list()
+{
+    const QString sysBlock = hostPath(QStringLiteral("/sys/block"));
+    const QStringList names = driveNames(sysBlock, hostPath(QStringLiteral("/dev")));
+    if (names.isEmpty())
+        return {};
+    const QList<MountEntry> mounts
+        = parseMountInfo(readSmallFile(hostPath(QStringLiteral("/proc/self/mountinfo"))));
+
+    QList<OpticalDrive> drives;
+    for (const QString& name : names) {
+        OpticalDrive drive;
+        drive.device = QStringLiteral("/dev/") + name;
+        const QString majorMinor
+            = QString::fromLatin1(readSmallFile(sysBlock + QLatin1Char('/') + name + QStringLiteral("/dev")))
+                  .trimmed();
+        for (const MountEntry& mount : mounts) {
+            // The source may be a link such as /dev/cdrom; the device number settles it.
+            const bool sameNumber = !majorMinor.isEmpty() && mount.majorMinor == majorMinor;
+            const bool sameSource = mount.source == drive.device
+                || (mount.source.startsWith(QLatin1String("/dev/"))
+                    && QFileInfo(hostPath(mount.source)).canonicalFilePath() == hostPath(drive.device));
+            if (sameNumber || sameSource) {
+                drive.mountPoint = mount.mountPoint; // the first mount; later ones are binds
+                break;
+            }
+        }
+        drives.append(drive);
+    }
+    return drives;
+}
+
+bool LinuxOpticalDrives::isReady(const OpticalDrive& drive)
+{
+    if (drive.device.isEmpty())
+        return false;
+    const DriveStatus status = driveStatus(hostPath(drive.device));
+    if (status == DriveStatus::NoDisc)
+        return false;
+    if (!drive.mountPoint.isEmpty())
+        return canListFolder(hostPath(drive.mountPoint));
+    if (status == DriveStatus::DiscOk)
+        return true;
+    // The device cannot be asked (no permission): sysfs gives the medium's size in 512-byte sectors,
+    // 0 when the drive holds none.
+    const QString name = drive.device.section(QLatin1Char('/'), -1);
+    bool ok = false;
+    const qint64 sectors
+        = readSmallFile(hostPath(QStringLiteral("/sys/block/") + name + QStringLiteral("/size")))
+              .trimmed()
+              .toLongLong(&ok);
+    return ok && sectors > 0;
+}
+
+bool LinuxOpticalDrives::openTray(const QString& device)
+{
+#ifdef CDROMEJECT
+    return !device.isEmpty() && cdromIoctl(hostPath(device), CDROMEJECT, 0) == 0;
+#else
+    Q_UNUSED(device);
+    return false;
+#endif
+}
+
+bool LinuxOpticalDrives::closeTray(const QString& device)
+{
+#ifdef CDROMCLOSETRAY
+    return !device.isEmpty() && cdromIoctl(hostPath(device), CDROMCLOSETRAY, 0) == 0;
+#else
+    Q_UNUSED(device);
+    return false;
+#endif
+}
+
+} // namespace vindaro::platform
