@@ -19,6 +19,7 @@ enum class CopyOutcome
     Paused, // files closed, `position` kept: the copy goes on later from there
     Cancelled, // the destination was deleted, or kept with a resume record
     Failed, // a failure box was shown; the window is idle
+    NotStarted, // preparation stopped before the first block: a box, a No, or a dialog given up
 };
 
 // The block loop: copies one file from a possibly damaged disc block by block, and where a block cannot

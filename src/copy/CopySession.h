@@ -9,11 +9,17 @@ class DriveFacts
 {
 public:
     virtual ~DriveFacts() = default;
-    virtual int driveType(const QString& path) = 0;      // a platform::DriveKind; 0 when the path has no drive
-    virtual double freeBytes(const QString& path) = 0;   // bytes free for the caller; -1 when no drive
+    virtual int driveType(const QString& path) = 0; // a platform::DriveKind; 0 when the path has no drive
+    virtual double freeBytes(const QString& path) = 0; // bytes free for the caller; -1 when no drive
     virtual bool driveIsReady(const QString& path) = 0;
-    virtual QString driveName(const QString& path) = 0;  // how the drive is named in messages (its mount point)
+    virtual QString driveName(const QString& path)
+        = 0; // how the drive is named in messages (its mount point)
+    virtual bool isFloppy(const QString& path) = 0; // a removable drive that is a floppy disk
 };
+
+// A path that names a network share rather than a local one ("//server/share", "\\\\server\\share",
+// "smb://server/share"): no free-space check, and the network block size.
+bool isNetworkPath(const QString& path);
 
 // Everything between the start button and the first block, and the checks of a paused copy that goes on:
 // empty paths, free space, the block size, and what to do with an existing destination. Runs wherever the
@@ -22,7 +28,7 @@ class CopySession
 {
 public:
     CopySession(CopyState& state, CopyHost& host, platform::FileLayer& files, ResumeStore& resumeStore,
-                DriveFacts& drives);
+        DriveFacts& drives);
 
     // Starts a copy from the start button. Answers the outcome of the block loop, or Failed when the
     // preparation stopped (a box was shown, a question answered No, a dialog given up).
@@ -37,9 +43,12 @@ public:
     BlockCopier& copier() { return m_copier; }
 
 private:
-    bool checkFreeSpace(const QString& source, const QString& destination, qint64 needed, bool resuming);
+    CopyOutcome existingDestination(const QString& source, QString destination);
     CopyOutcome startOver(const QString& source, const QString& destination);
-    CopyOutcome runCopy(const QString& source, const QString& destination);
+    CopyOutcome run(const QString& source, const QString& destination, bool merge);
+    void logLowSpace(
+        const QString& source, const QString& destination, double freeBytes, qint64 sourceLength);
+    void enterCopyingState();
 
     CopyState& m_state;
     CopyHost& m_host;
@@ -48,6 +57,7 @@ private:
     DriveFacts& m_drives;
     BlockCopier m_copier;
     int m_platformFamily = 3;
+    bool m_merging = false; // the running or paused loop is a merge: it goes on as one
 };
 
 } // namespace vindaro::copy

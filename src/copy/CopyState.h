@@ -11,18 +11,19 @@ namespace vindaro::copy {
 // 1-based (position 1 is the first byte, its offset is 0).
 struct CopyState
 {
-    std::atomic<qint64> blockBytes {0}; // bytes advanced per block
-    std::atomic<qint64> sourceLength {0}; // taken at every (re)entry of the block loop
-    std::atomic<qint64> position {1}; // next position to read (and, in a copy, to write)
-    std::atomic<qint64> mergePosition {1}; // next position to write during a merge
-    std::atomic<int> skipBlocks {10}; // value of the skip slider
-    std::atomic<int> elapsedSeconds {0}; // counted by the one-second tick
-    std::atomic<int> remainingSeconds {0};
-    std::atomic<int> estimatedSeconds {0};
-    std::atomic<int> lastAnswer {0}; // answer code of the last question
-    std::atomic<bool> stopRequested {false}; // the loop leaves at its next round (pause and cancel)
-    std::atomic<bool> cancelRequested {false}; // leaving is a cancellation
-    std::atomic<bool> copyRunning {false}; // not while paused or idle; exit is refused while true
+    std::atomic<qint64> blockBytes{0}; // bytes advanced per block
+    std::atomic<qint64> sourceLength{0}; // taken at every (re)entry of the block loop
+    std::atomic<qint64> position{1}; // next position to read (and, in a copy, to write)
+    std::atomic<qint64> mergePosition{1}; // next position to write during a merge
+    std::atomic<int> readBlocks{10}; // value of the read slider, 1..100
+    std::atomic<int> skipBlocks{10}; // value of the skip slider, 1..30
+    std::atomic<int> elapsedSeconds{0}; // counted by the one-second tick
+    std::atomic<int> remainingSeconds{0};
+    std::atomic<int> estimatedSeconds{0};
+    std::atomic<int> lastAnswer{0}; // answer code of the last question
+    std::atomic<bool> stopRequested{false}; // the loop leaves at its next round (pause and cancel)
+    std::atomic<bool> cancelRequested{false}; // leaving is a cancellation
+    std::atomic<bool> copyRunning{false}; // not while paused or idle; exit is refused while true
 };
 
 } // namespace vindaro::copy

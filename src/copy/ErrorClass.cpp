@@ -61,6 +61,20 @@ FileError classify(const platform::IoResult& result)
     error.errorClass = classOf(result.error);
     error.code = error.errorClass == kOtherError ? result.error : error.errorClass;
     error.description = result.description;
+    // The classes shown with their code get the program's own words.
+    switch (error.errorClass) {
+    case kFileNotFound:
+        error.description = QStringLiteral("文件未找到");
+        break;
+    case kOverflow:
+        error.description = QStringLiteral("溢出");
+        break;
+    case kDiskNotReady:
+        error.description = QStringLiteral("磁盘未准备好");
+        break;
+    default:
+        break;
+    }
     return error;
 }
 

@@ -26,7 +26,7 @@ protected:
     fake::FakeCopyHost host;
     fake::MemoryResumeStore store;
     bool cdRomNotReady = false;
-    BlockCopier copier {state, host, files, store, [this](const QString&) { return cdRomNotReady; }};
+    BlockCopier copier{state, host, files, store, [this](const QString&) { return cdRomNotReady; }};
 
     void start(qint64 blockBytes, int skipBlocks = 10)
     {
@@ -57,7 +57,7 @@ TEST_F(BlockCopierTest, SmallSourceGoesInOneRoundAndReportsTheFinish)
     EXPECT_EQ(host.entries[0],
         kSource + "\r\n" + kIndent + QStringLiteral("被成功地复制到：") + "\r\n" + kIndent + kDest + "\r\n"
             + kIndent + QStringLiteral("文件大小：10字节  总计消耗：00:00:09  存取速度：2,048KB/秒"));
-    EXPECT_EQ(host.switches, QStringList {QStringLiteral("idle")});
+    EXPECT_EQ(host.switches, QStringList{QStringLiteral("idle")});
     EXPECT_FALSE(state.copyRunning);
 }
 
@@ -71,7 +71,7 @@ TEST_F(BlockCopierTest, ReadsOverlapByOneByteAndTheTailRoundEndsAtTheLastByte)
         files.put(kSource, data);
         start(b);
         EXPECT_EQ(copy(), CopyOutcome::Finished);
-        EXPECT_EQ(files.readOffsets(kSource), QList<qint64> {0});
+        EXPECT_EQ(files.readOffsets(kSource), QList<qint64>{0});
         EXPECT_EQ(files.largestRead(), b + 1);
         EXPECT_EQ(files.bytes(kDest), data);
     }
@@ -83,8 +83,8 @@ TEST_F(BlockCopierTest, ReadsOverlapByOneByteAndTheTailRoundEndsAtTheLastByte)
         start(b);
         EXPECT_EQ(copy(), CopyOutcome::Finished);
         // three whole rounds from positions 1, b+1, 2b+1, then the tail from 3b+1 (offset 3b) with step 4
-        EXPECT_EQ(files.readOffsets(kSource), (QList<qint64> {0, b, 2 * b, 3 * b}));
-        EXPECT_EQ(host.progressPositions, (QList<qint64> {1, b + 1, 2 * b + 1, 3 * b + 1}));
+        EXPECT_EQ(files.readOffsets(kSource), (QList<qint64>{0, b, 2 * b, 3 * b}));
+        EXPECT_EQ(host.progressPositions, (QList<qint64>{1, b + 1, 2 * b + 1, 3 * b + 1}));
         EXPECT_EQ(files.bytes(kDest), data);
         EXPECT_EQ(state.position, 3 * b + 5);
     }
@@ -119,7 +119,7 @@ TEST_F(BlockCopierTest, NeverTruncatesAnExistingDestination)
 TEST_F(BlockCopierTest, UnreadableFirstBlockIsAFailure)
 {
     files.put(kSource, positionBytes(5000));
-    files.faults(kSource).badReads = {ByteRange {100, 1}};
+    files.faults(kSource).badReads = {ByteRange{100, 1}};
     start(1000);
     EXPECT_EQ(copy(), CopyOutcome::Failed);
     ASSERT_EQ(host.boxes.size(), 1);
@@ -127,7 +127,7 @@ TEST_F(BlockCopierTest, UnreadableFirstBlockIsAFailure)
     EXPECT_EQ(host.boxes[0].title, QStringLiteral("复制文件时出错！"));
     EXPECT_EQ(host.boxes[0].icon, platform::BoxIcon::Critical);
     EXPECT_EQ(host.entries,
-        QStringList {QStringLiteral("复制文件“") + kSource + QStringLiteral("”时遇到错误。\r\n") + kIndent
+        QStringList{QStringLiteral("复制文件“") + kSource + QStringLiteral("”时遇到错误。\r\n") + kIndent
             + QStringLiteral("错误原因：路径/文件访问错误，文件拒绝访问权限。")});
     EXPECT_EQ(files.openFiles(), 0);
 }
@@ -139,7 +139,7 @@ TEST_F(BlockCopierTest, UnreadableBlockLaterSkipsEightTimesTheSkipSlider)
     const qint64 b = 100;
     const QByteArray data = positionBytes(10000);
     files.put(kSource, data);
-    files.faults(kSource).badReads = {ByteRange {350, 1}}; // inside the round at position 301
+    files.faults(kSource).badReads = {ByteRange{350, 1}}; // inside the round at position 301
     start(b, 3);
 
     EXPECT_EQ(copy(), CopyOutcome::FinishedWithSkips);
@@ -159,7 +159,7 @@ TEST_F(BlockCopierTest, SkipPastTheEndFinishesWithAShorterDestination)
 {
     const QByteArray data = positionBytes(1000);
     files.put(kSource, data);
-    files.faults(kSource).badReads = {ByteRange {250, 1}};
+    files.faults(kSource).badReads = {ByteRange{250, 1}};
     start(100, 10);
 
     EXPECT_EQ(copy(), CopyOutcome::FinishedWithSkips);
@@ -172,7 +172,7 @@ TEST_F(BlockCopierTest, SkipPastTheEndFinishesWithAShorterDestination)
 TEST_F(BlockCopierTest, BadFileNumberSkipsOneStep)
 {
     files.put(kSource, positionBytes(1000));
-    files.faults(kSource).badReads = {ByteRange {450, 1}};
+    files.faults(kSource).badReads = {ByteRange{450, 1}};
     files.faults(kSource).readErrno = EBADF;
     start(100);
     EXPECT_EQ(copy(), CopyOutcome::FinishedWithSkips);
@@ -187,7 +187,7 @@ TEST_F(BlockCopierTest, AnyNumberOfSkipsKeepsResourcesFlat)
     files.putGenerated(kSource, length);
     QList<ByteRange> bad;
     for (qint64 at = 1000; at < length; at += 80 * b + 50)
-        bad.append(ByteRange {at, 1});
+        bad.append(ByteRange{at, 1});
     files.faults(kSource).badReads = bad;
     start(b, 1);
     EXPECT_EQ(copy(), CopyOutcome::FinishedWithSkips);
@@ -218,7 +218,7 @@ TEST_F(BlockCopierTest, MergeLeavesSkippedStretchesOut)
     const QByteArray data = positionBytes(3000);
     files.put(kSource, data);
     files.put(kDest, QByteArray("AB"));
-    files.faults(kSource).badReads = {ByteRange {150, 1}};
+    files.faults(kSource).badReads = {ByteRange{150, 1}};
     start(100, 1);
     state.mergePosition = 3;
     EXPECT_EQ(copier.mergeBlocks(kSource, kDest, 100), CopyOutcome::FinishedWithSkips);
@@ -309,7 +309,7 @@ TEST_F(BlockCopierTest, FailuresShowTheirBoxAndLogTheirCause)
         // rows without a description fail on the first read, the others on a write past 150 bytes
         const CopyOutcome outcome = [&] {
             if (row.description.isEmpty()) {
-                files.faults(kSource).badReads = {ByteRange {0, 1}};
+                files.faults(kSource).badReads = {ByteRange{0, 1}};
                 files.faults(kSource).readErrno = row.error;
                 files.faults(kSource).readText = row.description;
                 files.faults(kDest).writeLimit = -1;
@@ -325,8 +325,8 @@ TEST_F(BlockCopierTest, FailuresShowTheirBoxAndLogTheirCause)
         if (row.entry.isEmpty())
             EXPECT_TRUE(host.entries.isEmpty());
         else
-            EXPECT_EQ(host.entries, QStringList {row.entry});
-        EXPECT_EQ(host.switches, QStringList {QStringLiteral("idle")});
+            EXPECT_EQ(host.entries, QStringList{row.entry});
+        EXPECT_EQ(host.switches, QStringList{QStringLiteral("idle")});
         EXPECT_EQ(files.openFiles(), 0);
     }
 }
@@ -335,7 +335,7 @@ TEST_F(BlockCopierTest, InvalidArgumentAsksAndRetriesTheSameRound)
 {
     const QByteArray data = positionBytes(500);
     files.put(kSource, data);
-    files.faults(kSource).badReads = {ByteRange {220, 1}};
+    files.faults(kSource).badReads = {ByteRange{220, 1}};
     files.faults(kSource).readErrno = EINVAL;
     host.answers = {platform::kAnswerYes};
     host.onBox
@@ -352,7 +352,7 @@ TEST_F(BlockCopierTest, InvalidArgumentAsksAndRetriesTheSameRound)
     files.reset();
     host = {};
     files.put(kSource, data);
-    files.faults(kSource).badReads = {ByteRange {220, 1}};
+    files.faults(kSource).badReads = {ByteRange{220, 1}};
     files.faults(kSource).readErrno = EINVAL;
     start(100);
     EXPECT_EQ(copier.mergeBlocks(kSource, kDest, 100), CopyOutcome::Failed);
@@ -373,7 +373,7 @@ TEST_F(BlockCopierTest, PauseKeepsThePositionAndClosesTheFiles)
     EXPECT_EQ(state.position, 201);
     EXPECT_EQ(files.openFiles(), 0);
     EXPECT_TRUE(host.boxes.isEmpty());
-    EXPECT_EQ(host.switches, QStringList {QStringLiteral("timer-off")});
+    EXPECT_EQ(host.switches, QStringList{QStringLiteral("timer-off")});
 
     // going on from there completes the copy byte for byte
     state.stopRequested = false;
@@ -395,7 +395,7 @@ TEST_F(BlockCopierTest, CancelAnsweredNoKeepsThePartialFileWithAResumeRecord)
     state.elapsedSeconds = 4;
     start(100);
     EXPECT_EQ(copy(), CopyOutcome::Cancelled);
-    EXPECT_EQ(host.entries, QStringList {QStringLiteral("取消复制：") + kSource});
+    EXPECT_EQ(host.entries, QStringList{QStringLiteral("取消复制：") + kSource});
     ASSERT_EQ(host.boxes.size(), 1);
     EXPECT_EQ(host.boxes[0].text, kDest + QStringLiteral("\r\n该文件已经存在，是否删除？"));
     EXPECT_EQ(host.boxes[0].title, QStringLiteral("提醒！"));
@@ -404,7 +404,7 @@ TEST_F(BlockCopierTest, CancelAnsweredNoKeepsThePartialFileWithAResumeRecord)
     EXPECT_EQ(store.records[kDest].continuePosition, 301);
     EXPECT_EQ(store.records[kDest].copiedPosition, 301);
     EXPECT_EQ(store.records[kDest].elapsedSeconds, 4);
-    EXPECT_EQ(host.switches, (QStringList {QStringLiteral("timer-off"), QStringLiteral("reset")}));
+    EXPECT_EQ(host.switches, (QStringList{QStringLiteral("timer-off"), QStringLiteral("reset")}));
     EXPECT_EQ(state.elapsedSeconds, 0);
 }
 
@@ -418,7 +418,7 @@ TEST_F(BlockCopierTest, CancelAnsweredYesDeletesTheDestination)
     host.answers = {platform::kAnswerYes};
     start(100);
     EXPECT_EQ(copier.mergeBlocks(kSource, kDest, 100), CopyOutcome::Cancelled);
-    EXPECT_EQ(host.entries, QStringList {QStringLiteral("取消合并：") + kSource});
+    EXPECT_EQ(host.entries, QStringList{QStringLiteral("取消合并：") + kSource});
     EXPECT_FALSE(files.contains(kDest));
     EXPECT_TRUE(store.records.isEmpty());
 }
@@ -433,7 +433,7 @@ TEST_F(BlockCopierTest, ManualSkipBetweenBlocksMovesTheNextRead)
     };
     start(100);
     copy();
-    EXPECT_EQ(files.readOffsets(kSource).mid(0, 2), (QList<qint64> {0, 400}));
+    EXPECT_EQ(files.readOffsets(kSource).mid(0, 2), (QList<qint64>{0, 400}));
 }
 
 // Positions and lengths are 64-bit: a 3 GiB source copies to a byte-identical 3 GiB destination.

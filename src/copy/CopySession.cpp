@@ -1,0 +1,287 @@
+#include "CopySession.h"
+
+#include "files/Format.h"
+#include "platform/Volumes.h"
+
+namespace vindaro::copy {
+
+using platform::BoxButtons;
+using platform::BoxIcon;
+using platform::IoResult;
+using platform::MessageBox;
+
+namespace {
+
+const QString kCrLf = QStringLiteral("\r\n");
+const QString kIndent = QString(22, QLatin1Char(' '));
+
+MessageBox notice(const QString& text, const QString& title = QStringLiteral("提醒！"))
+{
+    return MessageBox{text, title, BoxIcon::Exclamation, BoxButtons::Ok};
+}
+
+MessageBox question(const QString& text)
+{
+    return MessageBox{text, QStringLiteral("提醒！"), BoxIcon::Exclamation, BoxButtons::YesNo};
+}
+
+QString megabytes(double bytes)
+{
+    return files::formatWholeMegabytes(bytes < 0 ? 0 : qint64(bytes));
+}
+
+// The folder part of a path, up to and including its last separator.
+QString folderOf(const QString& path)
+{
+    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+    return slash < 0 ? QString() : path.left(slash + 1);
+}
+
+} // namespace
+
+bool isNetworkPath(const QString& path)
+{
+    return path.startsWith(QLatin1String("//")) || path.startsWith(QLatin1String("\\\\"))
+        || path.contains(QLatin1String("://"));
+}
+
+CopySession::CopySession(CopyState& state, CopyHost& host, platform::FileLayer& files,
+    ResumeStore& resumeStore, DriveFacts& drives)
+    : m_state(state)
+    , m_host(host)
+    , m_files(files)
+    , m_resumeStore(resumeStore)
+    , m_drives(drives)
+    , m_copier(state, host, files, resumeStore, [&drives](const QString& path) {
+        return drives.driveType(path) == platform::kDriveCdRom && !drives.driveIsReady(path);
+    })
+{
+}
+
+qint64 CopySession::computeBlockBytes(const QString& source, const QString& destination)
+{
+    const qint64 v = m_state.readBlocks;
+    qint64 factor = 4096;
+    if (isNetworkPath(source) || isNetworkPath(destination)) {
+        factor = 4096;
+    } else {
+        switch (m_drives.driveType(source)) {
+        case platform::kDriveCdRom:
+            // DVD video sectors are read a little larger than VCD ones
+            factor = source.right(3).toUpper() == QLatin1String("VOB") ? 5120 : 4096;
+            break;
+        case platform::kDriveFixed:
+            if (m_platformFamily == 0)
+                return m_state.blockBytes; // left as it was
+            factor = m_platformFamily == 1 ? 61440 : 6144;
+            break;
+        case platform::kDriveRemovable:
+            factor = m_drives.isFloppy(source) ? 128 : 1024;
+            break;
+        default:
+            factor = 4096;
+            break;
+        }
+    }
+    m_state.blockBytes = v * factor;
+    return m_state.blockBytes;
+}
+
+void CopySession::enterCopyingState()
+{
+    m_state.stopRequested = false;
+    m_state.cancelRequested = false;
+    m_state.copyRunning = true;
+    m_host.enterCopyingState();
+}
+
+void CopySession::logLowSpace(
+    const QString& source, const QString& destination, double freeBytes, qint64 sourceLength)
+{
+    m_host.log(QStringLiteral("复制文件“") + source + QStringLiteral("”时遇到错误。") + kCrLf + kIndent
+        + QStringLiteral("错误原因：") + m_drives.driveName(destination) + QStringLiteral("盘空间不足")
+        + kCrLf + kIndent + QStringLiteral("可用空间：") + megabytes(freeBytes) + QStringLiteral("MB") + kCrLf
+        + kIndent + QStringLiteral("文件大小：") + megabytes(double(sourceLength)) + QStringLiteral("MB"));
+}
+
+CopyOutcome CopySession::run(const QString& source, const QString& destination, bool merge)
+{
+    m_merging = merge;
+    const qint64 step = m_state.blockBytes;
+    const CopyOutcome outcome = merge ? m_copier.mergeBlocks(source, destination, step)
+                                      : m_copier.copyBlocks(source, destination, step);
+    if (outcome == CopyOutcome::Finished || outcome == CopyOutcome::FinishedWithSkips)
+        m_resumeStore.remove(destination); // the file is complete: a record would only mislead later
+    return outcome;
+}
+
+CopyOutcome CopySession::startOver(const QString& source, const QString& destination)
+{
+    // The user chose to overwrite: only here is an existing destination emptied.
+    m_files.truncate(destination);
+    m_resumeStore.remove(destination);
+    m_state.position = 1;
+    enterCopyingState();
+    return run(source, destination, false);
+}
+
+CopyOutcome CopySession::startCopy(const QString& source, const QString& destination)
+{
+    if (source.trimmed().isEmpty() || destination.trimmed().isEmpty()) {
+        m_host.showBox(notice(QStringLiteral("源文件路径与文件保存路径不能为空。")));
+        return CopyOutcome::NotStarted;
+    }
+
+    if (!isNetworkPath(destination)) {
+        IoResult io;
+        const qint64 sourceLength = m_files.length(source, io);
+        m_state.sourceLength = sourceLength;
+        const double free = m_drives.freeBytes(destination);
+        if (free < 0) {
+            m_host.showBox(notice(QStringLiteral("无效的文件保存路径。"), QStringLiteral("Error")));
+            return CopyOutcome::NotStarted;
+        }
+        if (double(sourceLength) > free) {
+            logLowSpace(source, destination, free, sourceLength);
+            // Mount points are case-sensitive on Linux: the drive is named as it is, not upper-cased.
+            const int answer = m_host.showBox(question(m_drives.driveName(destination)
+                + QStringLiteral("盘空间不足，请重新选择文件保存路径") + kCrLf + QStringLiteral("可用空间：")
+                + megabytes(free) + QStringLiteral("MB") + kCrLf + QStringLiteral("文件大小：")
+                + megabytes(double(sourceLength)) + QStringLiteral("MB") + kCrLf + kCrLf
+                + QStringLiteral("是[Y]：忽略，继续复制") + kCrLf
+                + QStringLiteral("否[N]：取消复制，重新选择文件保存路径")));
+            m_state.lastAnswer = answer;
+            if (answer != platform::kAnswerYes)
+                return CopyOutcome::NotStarted;
+        }
+    }
+
+    computeBlockBytes(source, destination);
+
+    if (!m_files.exists(destination)) {
+        m_state.position = 1;
+        enterCopyingState();
+        return run(source, destination, false);
+    }
+    return existingDestination(source, destination);
+}
+
+CopyOutcome CopySession::existingDestination(const QString& source, QString destination)
+{
+    // A new name that exists too brings the same choices for that file: nothing is ever written into an
+    // existing file the user did not choose.
+    for (;;) {
+        ResumeRecord record;
+        const bool hasRecord = m_resumeStore.load(destination, record);
+        m_state.lastAnswer = hasRecord ? 1 : 0;
+        if (hasRecord) {
+            const int answer = m_host.askContinueCopy(source, destination);
+            m_state.lastAnswer = answer;
+            if (answer == 1)
+                return startOver(source, destination);
+            if (answer != 2)
+                return CopyOutcome::NotStarted;
+            m_state.position = record.continuePosition;
+            m_state.elapsedSeconds = record.elapsedSeconds;
+            m_host.log(QStringLiteral("续拷文件：") + source + kCrLf + kIndent + QStringLiteral("到：")
+                + destination);
+            enterCopyingState();
+            return run(source, destination, false);
+        }
+
+        QString newName;
+        const int choice = m_host.askExistingFile(source, destination, newName);
+        m_state.lastAnswer = choice;
+        IoResult io;
+        switch (choice) {
+        case 1:
+            return startOver(source, destination);
+        case 2:
+            m_state.position = std::max<qint64>(1, m_files.length(destination, io));
+            enterCopyingState();
+            return run(source, destination, false);
+        case 3:
+            m_state.position = 1;
+            m_state.mergePosition = m_files.length(destination, io) + 1;
+            enterCopyingState();
+            return run(source, destination, true);
+        case 4:
+            m_files.remove(destination);
+            m_resumeStore.remove(destination);
+            return CopyOutcome::NotStarted;
+        case 5: {
+            newName = newName.trimmed();
+            if (newName.isEmpty() || newName.contains(QLatin1Char('/')))
+                return CopyOutcome::NotStarted;
+            destination = folderOf(destination) + newName;
+            if (m_files.exists(destination))
+                continue; // ask again, for the file of that name
+
+            m_state.position = 1;
+            enterCopyingState();
+            return run(source, destination, false);
+        }
+        default:
+            return CopyOutcome::NotStarted;
+        }
+    }
+}
+
+CopyOutcome CopySession::resumeCopy(const QString& source, const QString& destination)
+{
+    // A paused merge goes on as a merge: writing its blocks at copy positions would spoil the file.
+    const bool merge = m_merging;
+    if (isNetworkPath(destination)) {
+        enterCopyingState();
+        return run(source, destination, merge);
+    }
+
+    IoResult io;
+    const qint64 sourceLength = m_files.length(source, io);
+    m_state.sourceLength = sourceLength;
+    const double free = m_drives.freeBytes(destination);
+    const auto stayPaused = [this] {
+        m_state.copyRunning = false;
+        m_state.stopRequested = true;
+        m_host.stayPaused();
+        return CopyOutcome::Paused;
+    };
+    if (free < 0) {
+        // The destination was changed to a path with no drive: say so and stay paused.
+        m_host.showBox(notice(QStringLiteral("无效的文件保存路径。"), QStringLiteral("Error")));
+        return stayPaused();
+    }
+    if (double(sourceLength - m_state.position) > free) {
+        logLowSpace(source, destination, free, sourceLength);
+        const int answer = m_host.showBox(question(m_drives.driveName(destination)
+            + QStringLiteral("盘空间不足，请重新选择文件保存路径，然后单击[继续]并继续复制") + kCrLf
+            + QStringLiteral("可用空间:") + megabytes(free) + QStringLiteral("MB") + kCrLf
+            + QStringLiteral("文件大小:") + megabytes(double(sourceLength)) + QStringLiteral("MB") + kCrLf
+            + kCrLf + QStringLiteral("是[Y]：忽略，继续复制") + kCrLf
+            + QStringLiteral("否[N]：取消复制，重新选择文件保存路径")));
+        m_state.lastAnswer = answer;
+        if (answer != platform::kAnswerYes)
+            return stayPaused();
+        enterCopyingState();
+        return run(source, destination, merge);
+    }
+
+    if (!m_files.exists(destination)) {
+        // The user typed a new destination while paused: it gets the whole source, from the first byte,
+        // rather than a file that starts with a hole.
+        m_state.position = 1;
+        enterCopyingState();
+        return run(source, destination, false);
+    }
+
+    const int answer = m_host.showBox(question(destination + kCrLf
+        + QStringLiteral("该文件已经存在，是否覆盖或以追加方式继续复制？") + kCrLf
+        + QStringLiteral("是[Y]：覆盖该文件") + kCrLf + QStringLiteral("否[N]：以追加方式继续复制")));
+    m_state.lastAnswer = answer;
+    if (answer == platform::kAnswerYes)
+        return startOver(source, destination);
+    enterCopyingState();
+    return run(source, destination, merge);
+}
+
+} // namespace vindaro::copy
