@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# Sets up a Debian 12 machine for Vindaro, builds it, and then runs the program or the tests.
+#   tools/setup.sh run     install what is missing, build, start the program
+#   tools/setup.sh test    install what is missing, build, run the whole test suite
+# BUILD_DIR (default: build) and BUILD_TYPE (default: RelWithDebInfo) may be set; CI=true turns
+# warnings into errors.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+mode=${1:-run}
+build_dir=${BUILD_DIR:-build}
+build_type=${BUILD_TYPE:-RelWithDebInfo}
+
+packages=(cmake ninja-build g++ pkg-config
+  qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev libqt6multimediawidgets6 qt6-tools-dev qt6-l10n-tools
+  libgl1-mesa-dev libgtest-dev xvfb xauth fonts-wqy-microhei zip
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav)
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if ((${#missing[@]})); then
+  echo "Installing: ${missing[*]}"
+  sudo_cmd=()
+  [ "$(id -u)" -eq 0 ] || sudo_cmd=(sudo)
+  "${sudo_cmd[@]}" apt-get update
+  DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y --no-install-recommends "${missing[@]}"
+fi
+
+werror=OFF
+[ "${CI:-}" = "true" ] && werror=ON
+cmake -S . -B "$build_dir" -G Ninja -DCMAKE_BUILD_TYPE="$build_type" -DVINDARO_WERROR="$werror"
+cmake --build "$build_dir" -j2
+
+case "$mode" in
+run)
+  exec "$build_dir/src/app/vindaro"
+  ;;
+test)
+  export LANG=C.UTF-8 LC_ALL=C.UTF-8 QT_QPA_PLATFORM=offscreen
+  ctest --test-dir "$build_dir" --output-on-failure -j2 --timeout 600
+  ;;
+*)
+  echo "usage: tools/setup.sh run|test" >&2
+  exit 2
+  ;;
+esac
