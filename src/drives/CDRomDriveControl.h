@@ -36,6 +36,7 @@ public:
 
     // "光盘驱动器" + the roots of the drives that are not ready + "还没有准备好" + CR LF;
     // kNoDriveText when there is no optical drive; empty when every drive is ready.
+    // Asks every drive and reads a mounted medium's root: a slow drive makes this slow too.
     QString GetCDRomInforStr();
     // The roots of all drives joined with kRootSeparator; empty when there is none.
     QString GetCDRomListStr();

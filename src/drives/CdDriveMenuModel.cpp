@@ -14,15 +14,15 @@ CdDriveMenuModel::CdDriveMenuModel(const QList<platform::OpticalDrive>& drives)
 
 QList<CdMenuItem> CdDriveMenuModel::topItems() const
 {
-    return {CdMenuItem {kEjectAllId, kEjectAllCaption}, CdMenuItem {kCloseAllId, kCloseAllCaption}};
+    return {CdMenuItem{kEjectAllId, kEjectAllCaption}, CdMenuItem{kCloseAllId, kCloseAllCaption}};
 }
 
 QList<CdMenuItem> CdDriveMenuModel::itemsFrom(int firstId) const
 {
     QList<CdMenuItem> items;
-    const int count = qMin(int(m_drives.size()), kMaxDriveItems);
+    const int count = qMin(static_cast<int>(m_drives.size()), kMaxDriveItems);
     for (int k = 0; k < count; ++k)
-        items.append(CdMenuItem {firstId + k, m_drives.at(k).root()});
+        items.append(CdMenuItem{firstId + k, m_drives.at(k).root()});
     return items;
 }
 

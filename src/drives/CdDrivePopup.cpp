@@ -14,6 +14,8 @@ namespace vindaro::drives {
 namespace {
 
 constexpr int kBandWidth = 22;
+// Sub-menus inherit the colours but have no band to leave room for.
+const char* const kSubMenuStyle = "QMenu { padding-left: 0px; }";
 
 // A pop-up menu with a coloured band down its left side carrying a title, read bottom to top.
 class BandedMenu final : public QMenu
@@ -85,12 +87,14 @@ QMenu* buildCdDriveMenu(const CdDriveMenuModel& model, QWidget* parent)
     QMenu* eject = menu->addMenu(CdDriveMenuModel::kEjectMenuTitle);
     eject->setObjectName(QStringLiteral("ejectDriveMenu"));
     eject->menuAction()->setIcon(driveIcon);
+    eject->setStyleSheet(kSubMenuStyle);
     const QList<CdMenuItem> ejectItems = model.ejectItems();
     for (const CdMenuItem& item : ejectItems)
         addCommand(eject, item, true);
 
     QMenu* close = menu->addMenu(CdDriveMenuModel::kCloseMenuTitle);
     close->setObjectName(QStringLiteral("closeDriveMenu"));
+    close->setStyleSheet(kSubMenuStyle);
     const QList<CdMenuItem> closeItems = model.closeItems();
     for (const CdMenuItem& item : closeItems)
         addCommand(close, item, true);

@@ -16,7 +16,7 @@ using vindaro::testing::FakeOpticalDrives;
 
 namespace {
 
-struct DriveSpec
+struct DriveSetup
 {
     const char* device;
     const char* mountPoint;
@@ -26,17 +26,17 @@ struct DriveSpec
 struct ReportCase
 {
     const char* name;
-    std::vector<DriveSpec> drives;
+    std::vector<DriveSetup> drives;
     QString report;
     QString list;
 };
 
-void fill(FakeOpticalDrives& fake, const std::vector<DriveSpec>& drives)
+void fill(FakeOpticalDrives& fake, const std::vector<DriveSetup>& drives)
 {
-    for (const DriveSpec& spec : drives) {
-        fake.add(QString::fromUtf8(spec.device), QString::fromUtf8(spec.mountPoint));
-        if (!spec.ready)
-            fake.setNotReady(QString::fromUtf8(spec.device));
+    for (const DriveSetup& setup : drives) {
+        fake.add(QString::fromUtf8(setup.device), QString::fromUtf8(setup.mountPoint));
+        if (!setup.ready)
+            fake.setNotReady(QString::fromUtf8(setup.device));
     }
 }
 
@@ -55,15 +55,15 @@ TEST_P(ReadinessReport, NamesOnlyTheDrivesThatAreNotReady)
 
 INSTANTIATE_TEST_SUITE_P(Drives, ReadinessReport,
     ::testing::Values(
-        ReportCase {"None", {}, QStringLiteral("你可能没有安装光盘驱动器，或者驱动程序不正常。"), QString()},
-        ReportCase {"AllReady", {{"/dev/sr0", "/media/cd0", true}, {"/dev/sr1", "/media/cd1", true}},
+        ReportCase{"None", {}, QStringLiteral("你可能没有安装光盘驱动器，或者驱动程序不正常。"), QString()},
+        ReportCase{"AllReady", {{"/dev/sr0", "/media/cd0", true}, {"/dev/sr1", "/media/cd1", true}},
             QString(), QStringLiteral("/media/cd0、/media/cd1")},
-        ReportCase {"FirstEmpty", {{"/dev/sr0", "", false}, {"/dev/sr1", "/media/cd1", true}},
+        ReportCase{"FirstEmpty", {{"/dev/sr0", "", false}, {"/dev/sr1", "/media/cd1", true}},
             QStringLiteral("光盘驱动器/dev/sr0还没有准备好\r\n"), QStringLiteral("/dev/sr0、/media/cd1")},
-        ReportCase {"SecondUnreadable", {{"/dev/sr0", "", true}, {"/dev/sr1", "/media/My Disc", false}},
+        ReportCase{"SecondUnreadable", {{"/dev/sr0", "", true}, {"/dev/sr1", "/media/My Disc", false}},
             QStringLiteral("光盘驱动器/media/My Disc还没有准备好\r\n"),
             QStringLiteral("/dev/sr0、/media/My Disc")},
-        ReportCase {"BothEmpty", {{"/dev/sr0", "", false}, {"/dev/sr1", "", false}},
+        ReportCase{"BothEmpty", {{"/dev/sr0", "", false}, {"/dev/sr1", "", false}},
             QStringLiteral("光盘驱动器/dev/sr0、/dev/sr1还没有准备好\r\n"),
             QStringLiteral("/dev/sr0、/dev/sr1")}),
     [](const ::testing::TestParamInfo<ReportCase>& param) { return param.param.name; });
@@ -137,7 +137,7 @@ TEST(CDRomDriveControl, CarryOutGoesOnPastAStuckTray)
     fake.add(QStringLiteral("/dev/sr1"));
     fake.setTrayFails(QStringLiteral("/dev/sr0"));
     CDRomDriveControl control(fake);
-    const vindaro::drives::TrayCommand all {vindaro::drives::TrayMove::Open, {"/dev/sr0", "/dev/sr1"}};
+    const vindaro::drives::TrayCommand all{vindaro::drives::TrayMove::Open, {"/dev/sr0", "/dev/sr1"}};
     EXPECT_EQ(control.carryOut(all), 1);
     EXPECT_EQ(fake.calls(), QStringList({"open /dev/sr0", "open /dev/sr1"}));
 }
@@ -151,7 +151,7 @@ TEST(TrayJob, RunsInOrderOffTheMainThread)
     fake->add(QStringLiteral("/dev/sr1"));
     fake->holdTrays();
 
-    std::atomic<int> workersOnMainThread {0};
+    std::atomic<int> workersOnMainThread{0};
     int donesOnMainThread = 0;
     int dones = 0;
     const auto job = [&](bool open) {

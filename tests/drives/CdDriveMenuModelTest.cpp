@@ -14,8 +14,8 @@ namespace {
 
 QList<OpticalDrive> twoDrives()
 {
-    return {OpticalDrive {QStringLiteral("/dev/sr0"), QStringLiteral("/media/cd0")},
-        OpticalDrive {QStringLiteral("/dev/sr1"), QString()}};
+    return {OpticalDrive{QStringLiteral("/dev/sr0"), QStringLiteral("/media/cd0")},
+        OpticalDrive{QStringLiteral("/dev/sr1"), QString()}};
 }
 
 QList<int> ids(const QList<CdMenuItem>& items)
@@ -79,8 +79,8 @@ TEST(CdDriveMenuModel, WithoutDrivesTheSubMenusAreEmptyAndAllCommandsDoNothing)
     EXPECT_EQ(model.topItems().size(), 2);
     EXPECT_TRUE(model.ejectItems().isEmpty());
     EXPECT_TRUE(model.closeItems().isEmpty());
-    EXPECT_EQ(model.commandFor(1000), (TrayCommand {TrayMove::Open, {}}));
-    EXPECT_EQ(model.commandFor(1100), (TrayCommand {TrayMove::Close, {}}));
+    EXPECT_EQ(model.commandFor(1000), (TrayCommand{TrayMove::Open, {}}));
+    EXPECT_EQ(model.commandFor(1100), (TrayCommand{TrayMove::Close, {}}));
     EXPECT_FALSE(model.commandFor(1200).has_value());
     EXPECT_FALSE(model.commandFor(1300).has_value());
 }
@@ -103,23 +103,23 @@ TEST_P(IdentifierRange, AcceptsOnlyTheCommandRanges)
     // With enough drives every accepted identifier stands for a command.
     QList<OpticalDrive> many;
     for (int k = 0; k < 40; ++k)
-        many.append(OpticalDrive {QStringLiteral("/dev/sr%1").arg(k), QString()});
+        many.append(OpticalDrive{QStringLiteral("/dev/sr%1").arg(k), QString()});
     EXPECT_EQ(CdDriveMenuModel(many).commandFor(id).has_value(), accepted);
 }
 
 INSTANTIATE_TEST_SUITE_P(Boundaries, IdentifierRange,
-    ::testing::Values(std::pair {0, false}, std::pair {-1, false}, std::pair {999, false},
-        std::pair {1000, true}, std::pair {1001, false}, std::pair {1099, false}, std::pair {1100, true},
-        std::pair {1101, false}, std::pair {1199, false}, std::pair {1200, true}, std::pair {1215, true},
-        std::pair {1230, true}, std::pair {1231, false}, std::pair {1299, false}, std::pair {1300, true},
-        std::pair {1330, true}, std::pair {1331, false}, std::pair {1400, false}));
+    ::testing::Values(std::pair{0, false}, std::pair{-1, false}, std::pair{999, false}, std::pair{1000, true},
+        std::pair{1001, false}, std::pair{1099, false}, std::pair{1100, true}, std::pair{1101, false},
+        std::pair{1199, false}, std::pair{1200, true}, std::pair{1215, true}, std::pair{1230, true},
+        std::pair{1231, false}, std::pair{1299, false}, std::pair{1300, true}, std::pair{1330, true},
+        std::pair{1331, false}, std::pair{1400, false}));
 
 // Items stop at 1230 / 1330 so that every item shown can be carried out; eject all still reaches all.
 TEST(CdDriveMenuModel, ManyDrivesStopAtTheLastAcceptedIdentifier)
 {
     QList<OpticalDrive> many;
     for (int k = 0; k < 33; ++k)
-        many.append(OpticalDrive {QStringLiteral("/dev/sr%1").arg(k), QString()});
+        many.append(OpticalDrive{QStringLiteral("/dev/sr%1").arg(k), QString()});
     const CdDriveMenuModel model(many);
     ASSERT_EQ(model.ejectItems().size(), 31);
     EXPECT_EQ(model.ejectItems().last().id, 1230);

@@ -32,7 +32,7 @@ QList<Entry> entries(const QMenu* menu)
     QList<Entry> out;
     const QList<QAction*> actions = menu->actions();
     for (const QAction* action : actions)
-        out.append(Entry {action->text(), action->data(), action->isSeparator(), action->menu() != nullptr});
+        out.append(Entry{action->text(), action->data(), action->isSeparator(), action->menu() != nullptr});
     return out;
 }
 

@@ -79,10 +79,10 @@ TEST_F(FakeSystemTree, ListsDrivesWithTheirMountPoints)
     LinuxOpticalDrives drives(m_dir.path());
     const QList<OpticalDrive> list = drives.list();
     ASSERT_EQ(list.size(), 4);
-    EXPECT_EQ(list[0], (OpticalDrive {"/dev/sr0", ""}));
-    EXPECT_EQ(list[1], (OpticalDrive {"/dev/sr1", "/media/user/MY DISC"}));
-    EXPECT_EQ(list[2], (OpticalDrive {"/dev/sr2", ""}));
-    EXPECT_EQ(list[3], (OpticalDrive {"/dev/sr10", "/media/cd10"}));
+    EXPECT_EQ(list[0], (OpticalDrive{"/dev/sr0", ""}));
+    EXPECT_EQ(list[1], (OpticalDrive{"/dev/sr1", "/media/user/MY DISC"}));
+    EXPECT_EQ(list[2], (OpticalDrive{"/dev/sr2", ""}));
+    EXPECT_EQ(list[3], (OpticalDrive{"/dev/sr10", "/media/cd10"}));
     EXPECT_EQ(list[1].root(), QStringLiteral("/media/user/MY DISC"));
     EXPECT_EQ(list[0].root(), QStringLiteral("/dev/sr0"));
 }
@@ -97,13 +97,13 @@ TEST_F(FakeSystemTree, EmptyTreeHasNoDrives)
 TEST_F(FakeSystemTree, ReadinessFromMountPointOrMediumSize)
 {
     LinuxOpticalDrives drives(m_dir.path());
-    EXPECT_TRUE(drives.isReady(OpticalDrive {"/dev/sr1", "/media/user/MY DISC"}));
-    EXPECT_FALSE(drives.isReady(OpticalDrive {"/dev/sr10", "/media/cd10"})); // mount point missing
-    EXPECT_FALSE(drives.isReady(OpticalDrive {"/dev/sr0", ""})); // size 0: no medium
+    EXPECT_TRUE(drives.isReady(OpticalDrive{"/dev/sr1", "/media/user/MY DISC"}));
+    EXPECT_FALSE(drives.isReady(OpticalDrive{"/dev/sr10", "/media/cd10"})); // mount point missing
+    EXPECT_FALSE(drives.isReady(OpticalDrive{"/dev/sr0", ""})); // size 0: no medium
     writeFile(QStringLiteral("sys/block/sr0/size"), "1331200\n");
-    EXPECT_TRUE(drives.isReady(OpticalDrive {"/dev/sr0", ""}));
-    EXPECT_FALSE(drives.isReady(OpticalDrive {"/dev/sr2", ""})); // no sysfs entry at all
-    EXPECT_FALSE(drives.isReady(OpticalDrive {}));
+    EXPECT_TRUE(drives.isReady(OpticalDrive{"/dev/sr0", ""}));
+    EXPECT_FALSE(drives.isReady(OpticalDrive{"/dev/sr2", ""})); // no sysfs entry at all
+    EXPECT_FALSE(drives.isReady(OpticalDrive{}));
 }
 
 TEST_F(FakeSystemTree, TraysOfDevicesThatAreNoDrivesFailQuietly)
@@ -119,7 +119,7 @@ TEST(LinuxOpticalDrives, TrayOfMissingDeviceFailsQuietly)
     LinuxOpticalDrives drives;
     EXPECT_FALSE(drives.openTray(QStringLiteral("/dev/vindaro-no-such-drive")));
     EXPECT_FALSE(drives.closeTray(QStringLiteral("/dev/vindaro-no-such-drive")));
-    EXPECT_FALSE(drives.isReady(OpticalDrive {"/dev/vindaro-no-such-drive", ""}));
+    EXPECT_FALSE(drives.isReady(OpticalDrive{"/dev/vindaro-no-such-drive", ""}));
 }
 
 } // namespace
