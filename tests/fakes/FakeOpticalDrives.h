@@ -21,7 +21,7 @@ public:
     void add(const QString& device, const QString& mountPoint = {})
     {
         QMutexLocker hold(&m_mutex);
-        m_drives.append(platform::OpticalDrive {device, mountPoint});
+        m_drives.append(platform::OpticalDrive{device, mountPoint});
     }
     void setNotReady(const QString& device)
     {
