@@ -1,0 +1,255 @@
+#include "FileResumeStore.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QSaveFile>
+
+#include <limits>
+#include <utility>
+
+namespace vindaro::copy {
+
+namespace {
+
+// {"format": "vindaro-resume", "version": 1,
+//  "records": {"/abs/dest.dat": {"continuePosition": 5000000000, "copiedPosition": ..., "estimatedSeconds":
+//  ...,
+//                                "elapsedSeconds": ..., "speedKBps": ..., "savedUtc":
+//                                "2024-05-01T10:00:00Z"}}}
+// Positions are JSON integers written in full (no detour through double).
+const QString kFormatKey = QStringLiteral("format");
+const QString kFormatName = QStringLiteral("vindaro-resume");
+const QString kVersionKey = QStringLiteral("version");
+constexpr int kVersion = 1;
+const QString kRecordsKey = QStringLiteral("records");
+const QString kContinuePosition = QStringLiteral("continuePosition");
+const QString kCopiedPosition = QStringLiteral("copiedPosition");
+const QString kEstimatedSeconds = QStringLiteral("estimatedSeconds");
+const QString kElapsedSeconds = QStringLiteral("elapsedSeconds");
+const QString kSpeedKBps = QStringLiteral("speedKBps");
+const QString kSavedUtc = QStringLiteral("savedUtc");
+
+enum class StoreState
+{
+    Missing, // no file yet: an empty store
+    Valid,
+    Damaged, // readable bytes that are not a store of ours
+    Unreadable // exists but cannot be opened or read: leave it alone
+};
+
+struct StoreContents
+{
+    StoreState state = StoreState::Missing;
+    QJsonObject records;
+};
+
+StoreContents readStore(const QString& path)
+{
+    StoreContents contents;
+    QFile file(path);
+    if (!file.exists())
+        return contents;
+    if (!file.open(QIODevice::ReadOnly)) {
+        contents.state = StoreState::Unreadable;
+        return contents;
+    }
+    if (file.size() > FileResumeStore::kMaxStoreBytes) {
+        contents.state = StoreState::Damaged;
+        return contents;
+    }
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        contents.state = StoreState::Unreadable;
+        return contents;
+    }
+    QJsonParseError error{};
+    const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
+    const QJsonObject root = document.object();
+    if (error.error != QJsonParseError::NoError || !document.isObject()
+        || root.value(kFormatKey).toString() != kFormatName || root.value(kVersionKey).toInt(-1) != kVersion
+        || !root.value(kRecordsKey).isObject()) {
+        contents.state = StoreState::Damaged;
+        return contents;
+    }
+    contents.state = StoreState::Valid;
+    contents.records = root.value(kRecordsKey).toObject();
+    return contents;
+}
+
+// An integer field within [low, high]; false for a missing, fractional or out-of-range value.
+bool readInteger(const QJsonObject& object, const QString& key, qint64 low, qint64 high, qint64& out)
+{
+    const QJsonValue value = object.value(key);
+    if (!value.isDouble())
+        return false;
+    const qint64 n = value.toInteger(0);
+    if (n != value.toInteger(1)) // toInteger() falls back to its default for a non-integral number
+        return false;
+    if (n < low || n > high)
+        return false;
+    out = n;
+    return true;
+}
+
+bool readIntField(const QJsonObject& object, const QString& key, int& out)
+{
+    qint64 n = 0;
+    if (!readInteger(object, key, std::numeric_limits<int>::min(), std::numeric_limits<int>::max(), n))
+        return false;
+    out = int(n);
+    return true;
+}
+
+// False for a record that is damaged or older than the age limit at `now`.
+bool parseRecord(const QJsonValue& value, const QDateTime& now, ResumeRecord& record)
+{
+    if (!value.isObject())
+        return false;
+    const QJsonObject object = value.toObject();
+    const QDateTime saved = QDateTime::fromString(object.value(kSavedUtc).toString(), Qt::ISODate);
+    if (!saved.isValid() || saved.addDays(FileResumeStore::kMaxAgeDays) < now)
+        return false;
+    constexpr qint64 kMax = std::numeric_limits<qint64>::max();
+    ResumeRecord parsed;
+    if (!readInteger(object, kContinuePosition, 0, kMax, parsed.continuePosition)
+        || !readInteger(object, kCopiedPosition, 0, kMax, parsed.copiedPosition)
+        || !readIntField(object, kEstimatedSeconds, parsed.estimatedSeconds)
+        || !readIntField(object, kElapsedSeconds, parsed.elapsedSeconds)
+        || !readIntField(object, kSpeedKBps, parsed.speedKBps))
+        return false;
+    record = parsed;
+    return true;
+}
+
+QJsonObject recordObject(const ResumeRecord& record, const QDateTime& now)
+{
+    QJsonObject object;
+    object.insert(kContinuePosition, QJsonValue(record.continuePosition));
+    object.insert(kCopiedPosition, QJsonValue(record.copiedPosition));
+    object.insert(kEstimatedSeconds, record.estimatedSeconds);
+    object.insert(kElapsedSeconds, record.elapsedSeconds);
+    object.insert(kSpeedKBps, record.speedKBps);
+    object.insert(kSavedUtc, now.toUTC().toString(Qt::ISODate));
+    return object;
+}
+
+// The records worth keeping: damaged and expired ones are dropped.
+QJsonObject liveRecords(const QJsonObject& records, const QDateTime& now)
+{
+    QJsonObject kept;
+    for (auto it = records.constBegin(); it != records.constEnd(); ++it) {
+        ResumeRecord ignored;
+        if (parseRecord(it.value(), now, ignored))
+            kept.insert(it.key(), it.value());
+    }
+    return kept;
+}
+
+// Writes the whole store through QSaveFile; on failure the previous file stays as it was.
+bool writeStore(const QString& path, const QJsonObject& records, QString& errorString)
+{
+    QJsonObject root;
+    root.insert(kFormatKey, kFormatName);
+    root.insert(kVersionKey, kVersion);
+    root.insert(kRecordsKey, records);
+    const QByteArray bytes = QJsonDocument(root).toJson(QJsonDocument::Indented);
+
+    const QString folder = QFileInfo(path).absolutePath();
+    if (!QDir().mkpath(folder)) {
+        errorString = QStringLiteral("无法创建文件夹“%1”，没有保存续拷记录。").arg(folder);
+        return false;
+    }
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+        errorString = QStringLiteral("无法写入续拷记录文件“%1”：%2").arg(path, file.errorString());
+        file.cancelWriting();
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+FileResumeStore::FileResumeStore(QString storePath, std::function<QDateTime()> now)
+    : m_storePath(storePath.isEmpty() ? defaultStorePath() : std::move(storePath))
+    , m_now(now ? std::move(now) : [] { return QDateTime::currentDateTimeUtc(); })
+{
+}
+
+QString FileResumeStore::defaultStorePath()
+{
+    QString stateHome = qEnvironmentVariable("XDG_STATE_HOME");
+    if (stateHome.isEmpty() || !QDir::isAbsolutePath(stateHome)) // relative values are to be ignored
+        stateHome = QDir::homePath() + QStringLiteral("/.local/state");
+    return QDir::cleanPath(stateHome + QStringLiteral("/vindaro/resume.json"));
+}
+
+QString FileResumeStore::keyFor(const QString& destination)
+{
+    if (destination.isEmpty())
+        return {};
+    return QDir::cleanPath(QFileInfo(destination).absoluteFilePath());
+}
+
+bool FileResumeStore::load(const QString& destination, ResumeRecord& record)
+{
+    const QString key = keyFor(destination);
+    if (key.isEmpty())
+        return false;
+    const StoreContents contents = readStore(m_storePath);
+    if (contents.state != StoreState::Valid)
+        return false;
+    return parseRecord(contents.records.value(key), m_now(), record);
+}
+
+bool FileResumeStore::save(const QString& destination, const ResumeRecord& record)
+{
+    m_errorString.clear();
+    const QString key = keyFor(destination);
+    if (key.isEmpty()) {
+        m_errorString = QStringLiteral("续拷记录没有目标文件路径。");
+        return false;
+    }
+    const StoreContents contents = readStore(m_storePath);
+    if (contents.state == StoreState::Unreadable) {
+        m_errorString = QStringLiteral("无法读取续拷记录文件“%1”，没有保存续拷记录。").arg(m_storePath);
+        return false;
+    }
+    if (contents.state == StoreState::Damaged) {
+        // Keep the damaged file for a look before the fresh store replaces it.
+        const QString aside = damagedCopyPath();
+        QFile::remove(aside);
+        if (!QFile::copy(m_storePath, aside)) {
+            m_errorString = QStringLiteral("续拷记录文件“%1”已损坏，且无法备份到“%2”，没有保存续拷记录。")
+                                .arg(m_storePath, aside);
+            return false;
+        }
+    }
+    const QDateTime now = m_now();
+    QJsonObject records = liveRecords(contents.records, now);
+    records.insert(key, recordObject(record, now));
+
+    return writeStore(m_storePath, records, m_errorString);
+}
+
+void FileResumeStore::remove(const QString& destination)
+{
+    m_errorString.clear();
+    const QString key = keyFor(destination);
+    if (key.isEmpty())
+        return;
+    const StoreContents contents = readStore(m_storePath);
+    if (contents.state != StoreState::Valid || !contents.records.contains(key))
+        return;
+    const QDateTime now = m_now();
+    QJsonObject records = liveRecords(contents.records, now);
+    records.remove(key);
+
+    writeStore(m_storePath, records, m_errorString);
+}
+
+} // namespace vindaro::copy
