@@ -35,7 +35,7 @@ QString firstMatch(const QString& path)
     const QString folder = parentFolderOf(path);
     const QString pattern = fileNameOf(path);
     QDir dir(folder == path ? QStringLiteral(".") : folder);
-    const QStringList names = dir.entryList(QStringList {pattern},
+    const QStringList names = dir.entryList(QStringList{pattern},
         QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
     if (names.isEmpty())
         return {};
@@ -205,7 +205,10 @@ QString FileSystem::GetFileDateTime(const QString& path, int dateKind)
         && ::statx(AT_FDCWD, native.constData(), AT_SYMLINK_NOFOLLOW, mask, &sx) != 0)
         return QStringLiteral("未知");
     struct statx_timestamp stamp = sx.stx_mtime;
-    if (dateKind == 0 && (sx.stx_mask & STATX_BTIME))
+    // Some file systems claim a birth time and report zero: treat that as none.
+    const bool hasBirth
+        = (sx.stx_mask & STATX_BTIME) && (sx.stx_btime.tv_sec != 0 || sx.stx_btime.tv_nsec != 0);
+    if (dateKind == 0 && hasBirth)
         stamp = sx.stx_btime;
     else if (dateKind == 2)
         stamp = sx.stx_atime;
@@ -331,7 +334,7 @@ QString FileSystem::GetDiskInformation(const QString& root, int kind)
     const auto space = m_volumes.space(volume->mountPoint);
     if (!space)
         return {};
-    const auto identity = m_volumes.identity(volume->mountPoint).value_or(platform::VolumeIdentity {});
+    const auto identity = m_volumes.identity(volume->mountPoint).value_or(platform::VolumeIdentity{});
     return diskInformationLine(kind, *space, identity);
 }
 
@@ -345,7 +348,7 @@ QVariant FileSystem::GetDiskInformationA(const QString& root, int kind)
     const auto space = m_volumes.space(volume->mountPoint);
     if (!space)
         return {};
-    const auto identity = m_volumes.identity(volume->mountPoint).value_or(platform::VolumeIdentity {});
+    const auto identity = m_volumes.identity(volume->mountPoint).value_or(platform::VolumeIdentity{});
     return diskInformationValue(kind, *space, identity);
 }
 
@@ -357,7 +360,7 @@ QString FileSystem::GetDiskInformationStr(const QString& root)
     const auto space = m_volumes.space(volume->mountPoint);
     if (!space)
         return {};
-    const auto identity = m_volumes.identity(volume->mountPoint).value_or(platform::VolumeIdentity {});
+    const auto identity = m_volumes.identity(volume->mountPoint).value_or(platform::VolumeIdentity{});
     QStringList lines;
     for (int kind = 0; kind <= 10; ++kind)
         lines.append(diskInformationLine(kind, *space, identity));

@@ -261,9 +261,12 @@ QList<Volume> LinuxVolumes::list()
 {
     QList<Volume> volumes;
     for (const MountEntry& entry : readMountTable(m_mountInfoPath)) {
-        if (isPseudoFileSystem(entry.fsType))
+        // Helpers the kernel mounts below /proc and /sys (cgroup trees, binfmt) are no drive whatever
+        // their type.
+        if (isPseudoFileSystem(entry.fsType) || entry.mountPoint.startsWith(QLatin1String("/proc/"))
+            || entry.mountPoint.startsWith(QLatin1String("/sys/")))
             continue;
-        Volume volume {entry.mountPoint, entry.device, entry.fsType, classify(entry)};
+        Volume volume{entry.mountPoint, entry.device, entry.fsType, classify(entry)};
         // A file bind-mounted over another (containers' /etc/hosts) is no drive. Remote mounts are not
         // examined: a stat on a dead server can hang.
         if (volume.kind != kDriveRemote && !QFileInfo(entry.mountPoint).isDir())

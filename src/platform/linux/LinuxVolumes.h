@@ -45,7 +45,8 @@ SuperblockFacts readSuperblock(const QByteArray& head);
 // fewer. udev's names for FAT volumes are exactly the serial the volume carries.
 quint32 serialFromUuid(const QString& uuid);
 
-// The machine's mounted volumes as drives: the mount table from mountinfo, kinds from the mount source,
+// The machine's mounted volumes as drives (pseudo file systems and anything mounted below /proc or /sys
+// left out): the mount table from mountinfo, kinds from the mount source,
 // the file system and sysfs, space from statvfs, label and serial from udev's /dev/disk/by-label and
 // by-uuid links or, when the device can be read, from its superblock. Everything is best effort: a fact
 // that cannot be read is left empty, never reported.
