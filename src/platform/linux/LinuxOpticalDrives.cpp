@@ -30,10 +30,14 @@ QString unescapeMountField(const QByteArray& field)
     for (qsizetype i = 0; i < field.size(); ++i) {
         const char c = field.at(i);
         if (c == '\\' && i + 3 < field.size()) {
-            const QByteArray digits = field.mid(i + 1, 3);
-            bool ok = false;
-            const int value = digits.toInt(&ok, 8);
-            if (ok && digits.size() == 3 && value >= 0 && value < 256) {
+            int value = 0;
+            bool octal = true;
+            for (qsizetype d = i + 1; d <= i + 3; ++d) {
+                const char digit = field.at(d);
+                octal = octal && digit >= '0' && digit <= '7';
+                value = value * 8 + (digit - '0');
+            }
+            if (octal && value < 256) {
                 out.append(static_cast<char>(value));
                 i += 3;
                 continue;
@@ -56,7 +60,7 @@ QByteArray readSmallFile(const QString& path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return {};
-    return file.read(1 << 20); // mountinfo of a busy machine is a few hundred KB at most
+    return file.readAll(); // procfs and sysfs files report size 0: read until the end
 }
 
 // The drives' kernel names, sr0 sr1 ... sr10, in number order.
