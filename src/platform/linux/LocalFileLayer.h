@@ -5,7 +5,7 @@
 namespace vindaro::platform {
 
 // Files on the local file system through POSIX calls, so every failure keeps its errno.
-class LocalFileLayer final : public FileLayer
+class LocalFileLayer : public FileLayer
 {
 public:
     std::unique_ptr<RandomAccessFile> openForReading(const QString& path, IoResult& result) override;

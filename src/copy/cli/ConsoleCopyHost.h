@@ -1,0 +1,71 @@
+#pragma once
+
+#include "copy/CopyHost.h"
+#include "copy/CopyState.h"
+
+#include <QElapsedTimer>
+#include <QTextStream>
+
+namespace vindaro::copy {
+
+// What the command-line tool answers for an existing destination.
+enum class ExistingAnswer
+{
+    GiveUp,
+    Overwrite,
+    Continue,
+    Append,
+    Merge,
+    NewName
+};
+
+// The copy host of `vindaro-copy`: questions are answered from the command line, boxes and log entries are
+// printed, and the progress figures of the window are printed as one line on stderr.
+class ConsoleCopyHost final : public CopyHost
+{
+public:
+    ConsoleCopyHost(CopyState& state, QTextStream& out, QTextStream& err);
+
+    ExistingAnswer existing = ExistingAnswer::GiveUp;
+    QString newName;
+    bool ignoreLowSpace = false;
+    bool showProgress = true;
+
+    int showBox(const platform::MessageBox& box) override;
+    void log(const QString& entry) override;
+    void yield() override;
+    void enterCopyingState() override;
+    void enterIdleState() override;
+    void resetAfterCancel() override;
+    void stopTimer() override;
+    void updateProgress(qint64 position, qint64 sourceLength) override;
+    void showCopiedBytes(qint64 bytes) override;
+    QString estimatedText() override { return m_estimated; }
+    QString throughputText() override { return m_throughput; }
+    int askContinueCopy(const QString& source, const QString& destination) override;
+    int askExistingFile(const QString& source, const QString& destination, QString& name) override;
+    void stayPaused() override { }
+
+private:
+    void tick();
+    void printProgress(bool force);
+    void endProgressLine();
+
+    CopyState& m_state;
+    QTextStream& m_out;
+    QTextStream& m_err;
+    QElapsedTimer m_sinceTick; // the one-second tick, counted between blocks
+    QElapsedTimer m_sincePrint; // the progress line is redrawn at most a few times a second
+    int m_lastSecond = 0;
+    bool m_timerOn = false;
+    bool m_lineOpen = false;
+    qint64 m_position = 0;
+    qint64 m_sourceLength = 0;
+    QString m_copied = QStringLiteral("0字节");
+    QString m_elapsed = QStringLiteral("00:00:00");
+    QString m_remaining = QStringLiteral("00:00:00");
+    QString m_estimated = QStringLiteral("00:00:00");
+    QString m_throughput = QStringLiteral("0KB/秒");
+};
+
+} // namespace vindaro::copy

@@ -1,0 +1,193 @@
+#include "CopyTool.h"
+
+#include "ConsoleCopyHost.h"
+#include "copy/CopySession.h"
+#include "copy/FileResumeStore.h"
+#include "copy/VolumeDriveFacts.h"
+#include "platform/linux/LinuxVolumes.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QTextStream>
+
+#include <csignal>
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+using namespace vindaro;
+
+// Exit statuses, so a script can tell the outcomes apart.
+enum ExitStatus : int
+{
+    kExitFinished = 0,
+    kExitFinishedWithSkips = 1, // unreadable stretches were skipped (zeros in the copy)
+    kExitCancelled = 2, // Ctrl-C: the partial file and its resume record are kept
+    kExitFailed = 3,
+    kExitNotStarted = 4, // refused before the first block: existing destination, no room, bad path
+    kExitUsage = 64,
+};
+
+const char* const kHelp = R"(用法：vindaro-copy [选项] 源文件 目标文件
+
+按块复制一个文件；遇到读不出的块就跳过去继续复制，所以有划痕的光盘也能得到一个可播放的副本。
+
+选项：
+  -r, --read-blocks N    每次读取的块数，1 到 100，默认 10（盘片质量不好时设小一点）
+  -s, --skip-blocks N    每次跳过的块数，1 到 30，默认 10；读不出时跳过 N×8 块
+  -e, --existing 方式    目标文件已经存在时的做法：
+                           overwrite  覆盖该文件
+                           continue   从上次中断的位置继续复制（没有续拷记录时同 append）
+                           append     以追加方式继续复制（从目标文件的长度处继续）
+                           merge      把源文件合并到目标文件的末尾
+                           rename:名字 以新的文件名复制到同一文件夹
+                           skip       放弃复制（默认）
+  -y, --ignore-space     目标磁盘空间不足时仍然继续复制
+  -q, --quiet            不显示进度行
+  -h, --help             显示本说明
+
+输出：日志条目（“文件跳过：”等）写到标准输出；进度行（已复制、已用时间、剩余时间、估计消耗、
+存取速度）写到标准错误。按 Ctrl-C 取消复制：已复制的部分保留，并保存续拷记录，
+以后用 --existing continue 继续。再按一次 Ctrl-C 立即退出。
+
+退出状态：0 复制完成；1 复制完成，但跳过了读不出的部分；2 已取消；3 复制失败；
+          4 没有开始复制（目标文件已存在、空间不足或路径无效）；64 用法错误。
+)";
+
+copy::CopyState* g_state = nullptr;
+volatile std::sig_atomic_t g_interrupts = 0;
+
+void onInterrupt(int)
+{
+    if (++g_interrupts > 1)
+        ::_exit(128 + SIGINT);
+    // Lock-free atomics: safe to store from a signal handler. The loop leaves after the block in progress.
+    g_state->cancelRequested.store(true);
+    g_state->stopRequested.store(true);
+}
+
+bool parseNumber(const QString& text, int low, int high, int& value)
+{
+    bool ok = false;
+    value = text.toInt(&ok);
+    return ok && value >= low && value <= high;
+}
+
+} // namespace
+
+namespace vindaro::copy {
+
+int runCopyTool(const QStringList& args, platform::FileLayer& files)
+{
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+
+    copy::CopyState state;
+    copy::ConsoleCopyHost host(state, out, err);
+    int readBlocks = 10;
+    int skipBlocks = 10;
+    QStringList paths;
+
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        const QString& a = args[i];
+        const auto value = [&](QString& v) {
+            if (i + 1 >= args.size())
+                return false;
+            v = args[++i];
+            return true;
+        };
+        QString v;
+        if (a == QLatin1String("-h") || a == QLatin1String("--help")) {
+            out << QString::fromUtf8(kHelp);
+            return kExitFinished;
+        } else if (a == QLatin1String("-r") || a == QLatin1String("--read-blocks")) {
+            if (!value(v) || !parseNumber(v, 1, 100, readBlocks)) {
+                err << QStringLiteral("每次读取的块数必须是 1 到 100 之间的整数。\n");
+                return kExitUsage;
+            }
+        } else if (a == QLatin1String("-s") || a == QLatin1String("--skip-blocks")) {
+            if (!value(v) || !parseNumber(v, 1, 30, skipBlocks)) {
+                err << QStringLiteral("每次跳过的块数必须是 1 到 30 之间的整数。\n");
+                return kExitUsage;
+            }
+        } else if (a == QLatin1String("-e") || a == QLatin1String("--existing")) {
+            if (!value(v)) {
+                err << QStringLiteral("--existing 后面缺少做法。\n");
+                return kExitUsage;
+            }
+            if (v == QLatin1String("overwrite"))
+                host.existing = copy::ExistingAnswer::Overwrite;
+            else if (v == QLatin1String("continue"))
+                host.existing = copy::ExistingAnswer::Continue;
+            else if (v == QLatin1String("append"))
+                host.existing = copy::ExistingAnswer::Append;
+            else if (v == QLatin1String("merge"))
+                host.existing = copy::ExistingAnswer::Merge;
+            else if (v == QLatin1String("skip"))
+                host.existing = copy::ExistingAnswer::GiveUp;
+            else if (v.startsWith(QLatin1String("rename:")) && v.size() > 7
+                && !v.mid(7).contains(QLatin1Char('/'))) {
+                host.existing = copy::ExistingAnswer::NewName;
+                host.newName = v.mid(7);
+            } else {
+                err << QStringLiteral("不认识的做法：") << v << QStringLiteral("（见 --help）\n");
+                return kExitUsage;
+            }
+        } else if (a == QLatin1String("-y") || a == QLatin1String("--ignore-space")) {
+            host.ignoreLowSpace = true;
+        } else if (a == QLatin1String("-q") || a == QLatin1String("--quiet")) {
+            host.showProgress = false;
+        } else if (a.startsWith(QLatin1Char('-')) && a.size() > 1) {
+            err << QStringLiteral("不认识的选项：") << a << QStringLiteral("（见 --help）\n");
+            return kExitUsage;
+        } else {
+            paths << a;
+        }
+    }
+    if (paths.size() != 2) {
+        err << QStringLiteral("需要源文件和目标文件两个路径（见 --help）。\n");
+        return kExitUsage;
+    }
+    const QString source = QFileInfo(paths[0]).absoluteFilePath();
+    const QString destination = QFileInfo(paths[1]).absoluteFilePath();
+    if (QFileInfo(paths[1]).isDir()) {
+        err << QStringLiteral("目标文件是一个文件夹：") << destination << '\n';
+        return kExitUsage;
+    }
+
+    platform::LinuxVolumes volumes;
+    copy::VolumeDriveFacts drives(volumes);
+    copy::FileResumeStore resumeStore;
+    copy::CopySession session(state, host, files, resumeStore, drives);
+    state.readBlocks = readBlocks;
+    state.skipBlocks = skipBlocks;
+    if (host.existing == copy::ExistingAnswer::Merge || host.existing == copy::ExistingAnswer::NewName)
+        resumeStore.remove(destination); // the choice on the command line stands above an old record
+
+    g_state = &state;
+    struct sigaction action
+    {
+    };
+    action.sa_handler = onInterrupt;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+
+    switch (session.startCopy(source, destination)) {
+    case copy::CopyOutcome::Finished:
+        return kExitFinished;
+    case copy::CopyOutcome::FinishedWithSkips:
+        return kExitFinishedWithSkips;
+    case copy::CopyOutcome::Paused: // no pause without a window; a stop without cancel counts as cancelled
+    case copy::CopyOutcome::Cancelled:
+        return kExitCancelled;
+    case copy::CopyOutcome::Failed:
+        return kExitFailed;
+    case copy::CopyOutcome::NotStarted:
+        return kExitNotStarted;
+    }
+    return kExitFailed;
+}
+
+} // namespace vindaro::copy

@@ -1,0 +1,169 @@
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace {
+
+QByteArray randomBytes(qsizetype size)
+{
+    QByteArray data(size, Qt::Uninitialized);
+    QRandomGenerator generator(42);
+    for (qsizetype i = 0; i < size; ++i)
+        data[i] = char(generator.bounded(1, 256)); // never zero: a skipped stretch shows as zeros
+    return data;
+}
+
+void writeFile(const QString& path, const QByteArray& data)
+{
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    ASSERT_EQ(f.write(data), data.size());
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+struct ToolRun
+{
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+ToolRun run(const QString& program, const QStringList& args,
+    const QProcessEnvironment& env = QProcessEnvironment::systemEnvironment())
+{
+    QProcess p;
+    p.setProcessEnvironment(env);
+    p.start(program, args);
+    EXPECT_TRUE(p.waitForFinished(120000));
+    return ToolRun{p.exitCode(), QString::fromUtf8(p.readAllStandardOutput()),
+        QString::fromUtf8(p.readAllStandardError())};
+}
+
+class CopyToolTest : public ::testing::Test
+{
+protected:
+    QTemporaryDir dir;
+    QString path(const char* name) const { return dir.filePath(QString::fromLatin1(name)); }
+};
+
+// Unreadable stretches are skipped: the run finishes with status 1, one "文件跳过：" line per stretch,
+// the readable bytes in place and the skipped ones as zeros.
+TEST_F(CopyToolTest, SkipsUnreadableRangesAndSaysSo)
+{
+    const QByteArray data = randomBytes(3'000'000);
+    writeFile(path("src.dat"), data);
+    auto env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("VINDARO_TEST_BAD_RANGES"), QStringLiteral("1000000:1,2000000:1"));
+
+    const ToolRun r = run(QStringLiteral(VINDARO_FAULTY_COPY_TOOL),
+        {QStringLiteral("-q"), QStringLiteral("-r"), QStringLiteral("1"), QStringLiteral("-s"),
+            QStringLiteral("1"), path("src.dat"), path("dst.dat")},
+        env);
+
+    EXPECT_EQ(r.exitCode, 1) << r.err.toStdString();
+    EXPECT_EQ(r.out.count(QStringLiteral("文件跳过：")), 2) << r.out.toStdString();
+    EXPECT_TRUE(r.out.contains(QStringLiteral("被成功地复制到：")));
+    const QByteArray out = readFile(path("dst.dat"));
+    ASSERT_EQ(out.size(), data.size());
+    EXPECT_EQ(out[1000000], '\0');
+    EXPECT_EQ(out[2000000], '\0');
+    qint64 zeros = 0;
+    for (qsizetype i = 0; i < data.size(); ++i) {
+        if (out[i] != data[i]) {
+            ASSERT_EQ(out[i], '\0') << "byte " << i;
+            ++zeros;
+        }
+    }
+    // each stretch is 8 blocks of at most 61440 bytes around its bad byte; the rest arrived intact
+    EXPECT_GT(zeros, 0);
+    EXPECT_LT(zeros, 2 * 9 * 61440);
+    EXPECT_EQ(out.first(990000), data.first(990000));
+    EXPECT_EQ(out.sliced(2600000), data.sliced(2600000));
+}
+
+// Ctrl-C during a hanging read cancels after that block, keeps the partial file with a resume record,
+// and a second run continues it to a byte-identical copy.
+TEST_F(CopyToolTest, InterruptKeepsAResumablePartialFile)
+{
+    const QByteArray data = randomBytes(2'000'000);
+    writeFile(path("src.dat"), data);
+    auto env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("VINDARO_TEST_HANG_AT_READ"), QStringLiteral("5"));
+
+    QProcess p;
+    p.setProcessEnvironment(env);
+    p.start(
+        QStringLiteral(VINDARO_FAULTY_COPY_TOOL), {QStringLiteral("-q"), path("src.dat"), path("dst.dat")});
+    ASSERT_TRUE(p.waitForStarted());
+    QByteArray err;
+    QDeadlineTimer deadline(60000);
+    while (!err.contains("HANG") && !deadline.hasExpired()) {
+        p.waitForReadyRead(1000);
+        err += p.readAllStandardError();
+    }
+    ASSERT_TRUE(err.contains("HANG"));
+    ::kill(pid_t(p.processId()), SIGINT);
+    ASSERT_TRUE(p.waitForFinished(60000));
+    const QString out = QString::fromUtf8(p.readAllStandardOutput());
+    EXPECT_EQ(p.exitCode(), 2);
+    EXPECT_TRUE(out.contains(QStringLiteral("取消复制：") + path("src.dat"))) << out.toStdString();
+    const QByteArray partial = readFile(path("dst.dat"));
+    EXPECT_GT(partial.size(), 0);
+    EXPECT_LT(partial.size(), data.size());
+    EXPECT_EQ(partial, data.first(partial.size()));
+
+    // without an answer for the existing file nothing is touched
+    const ToolRun refused
+        = run(QStringLiteral(VINDARO_COPY_TOOL), {QStringLiteral("-q"), path("src.dat"), path("dst.dat")});
+    EXPECT_EQ(refused.exitCode, 4);
+    EXPECT_TRUE(refused.err.contains(QStringLiteral("续拷记录"))) << refused.err.toStdString();
+    EXPECT_EQ(readFile(path("dst.dat")), partial);
+
+    const ToolRun resumed = run(QStringLiteral(VINDARO_COPY_TOOL),
+        {QStringLiteral("-q"), QStringLiteral("--existing"), QStringLiteral("continue"), path("src.dat"),
+            path("dst.dat")});
+    EXPECT_EQ(resumed.exitCode, 0) << resumed.err.toStdString();
+    EXPECT_TRUE(resumed.out.startsWith(QStringLiteral("续拷文件：") + path("src.dat")));
+    EXPECT_EQ(readFile(path("dst.dat")), data);
+}
+
+TEST_F(CopyToolTest, UsageErrorsAndFailuresHaveTheirOwnStatus)
+{
+    EXPECT_EQ(run(QStringLiteral(VINDARO_COPY_TOOL), {QStringLiteral("--help")}).exitCode, 0);
+    EXPECT_EQ(run(QStringLiteral(VINDARO_COPY_TOOL), {path("only-one")}).exitCode, 64);
+    EXPECT_EQ(run(QStringLiteral(VINDARO_COPY_TOOL),
+                  {QStringLiteral("-r"), QStringLiteral("101"), path("a"), path("b")})
+                  .exitCode,
+        64);
+
+    const ToolRun missing
+        = run(QStringLiteral(VINDARO_COPY_TOOL), {QStringLiteral("-q"), path("none.dat"), path("b.dat")});
+    EXPECT_EQ(missing.exitCode, 3);
+    EXPECT_TRUE(missing.err.contains(QStringLiteral("[53].文件未找到"))) << missing.err.toStdString();
+
+    writeFile(path("small.dat"), QByteArray("0123456789"));
+    writeFile(path("dst.dat"), QByteArray("mine"));
+    const ToolRun merged = run(QStringLiteral(VINDARO_COPY_TOOL),
+        {QStringLiteral("-q"), QStringLiteral("-e"), QStringLiteral("merge"), path("small.dat"),
+            path("dst.dat")});
+    EXPECT_EQ(merged.exitCode, 0) << merged.err.toStdString();
+    EXPECT_EQ(readFile(path("dst.dat")), QByteArray("mine0123456789"));
+    const ToolRun renamed = run(QStringLiteral(VINDARO_COPY_TOOL),
+        {QStringLiteral("-q"), QStringLiteral("-e"), QStringLiteral("rename:copy2.dat"), path("small.dat"),
+            path("dst.dat")});
+    EXPECT_EQ(renamed.exitCode, 0);
+    EXPECT_EQ(readFile(path("copy2.dat")), QByteArray("0123456789"));
+}
+
+} // namespace
