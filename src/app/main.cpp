@@ -1,0 +1,32 @@
+// The program starts with its main copy window.
+#include "BoxPresenter.h"
+#include "CopyChoices.h"
+#include "FileSystemDriveFacts.h"
+#include "FrmCopy.h"
+#include "OperationLogModel.h"
+#include "copy/FileResumeStore.h"
+#include "platform/linux/LinuxVolumes.h"
+#include "platform/linux/LocalFileLayer.h"
+#include "platform/linux/ui/LinuxShell.h"
+
+#include <QApplication>
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Vindaro"));
+    vindaro::app::installFontSubstitutions();
+
+    vindaro::platform::LocalFileLayer files;
+    vindaro::platform::LinuxVolumes volumes;
+    vindaro::platform::LinuxShell shell;
+    vindaro::copy::FileResumeStore resumeStore;
+    vindaro::app::FileSystemDriveFacts drives(volumes, shell);
+    vindaro::app::MessageBoxPresenter boxes;
+    vindaro::app::DialogCopyChoices choices(&resumeStore);
+    vindaro::app::OperationLogModel log;
+
+    vindaro::app::FrmCopy window({files, resumeStore, drives, boxes, choices, log});
+    window.show();
+    return app.exec();
+}

@@ -1,0 +1,233 @@
+#include "ThreadedCopyHost.h"
+
+#include <memory>
+
+namespace vindaro::copy {
+
+namespace {
+
+constexpr int kRefreshMilliseconds = 30; // about the display rate
+
+template<typename T> struct Reply
+{
+    T value{};
+    bool done = false; // guarded by the host's mutex
+};
+
+} // namespace
+
+ThreadedCopyHost::ThreadedCopyHost(CopyHost& uiHost, QObject* parent)
+    : QObject(parent)
+    , m_uiHost(uiHost)
+    , m_workerContext(new QObject)
+{
+    m_thread.setObjectName(QStringLiteral("copy worker"));
+    m_workerContext->moveToThread(&m_thread);
+    connect(&m_thread, &QThread::finished, m_workerContext, &QObject::deleteLater);
+    m_refreshTimer.setInterval(kRefreshMilliseconds);
+    connect(&m_refreshTimer, &QTimer::timeout, this, &ThreadedCopyHost::flushProgress);
+    m_thread.start();
+}
+
+ThreadedCopyHost::~ThreadedCopyHost()
+{
+    shutdown();
+}
+
+bool ThreadedCopyHost::onUiThread() const
+{
+    return QThread::currentThread() == thread();
+}
+
+bool ThreadedCopyHost::run(std::function<int()> job)
+{
+    Q_ASSERT(onUiThread());
+    {
+        QMutexLocker lock(&m_mutex);
+        if (m_aborting)
+            return false;
+    }
+    if (m_busy)
+        return false;
+    m_busy = true;
+    m_progressDirty = false;
+    m_refreshTimer.start();
+    QMetaObject::invokeMethod(
+        m_workerContext,
+        [this, job = std::move(job)] {
+            const int result = job();
+            QMetaObject::invokeMethod(
+                this,
+                [this, result] {
+                    m_refreshTimer.stop();
+                    flushProgress();
+                    m_busy = false;
+                    emit jobFinished(result);
+                },
+                Qt::QueuedConnection);
+        },
+        Qt::QueuedConnection);
+    return true;
+}
+
+void ThreadedCopyHost::shutdown()
+{
+    {
+        QMutexLocker lock(&m_mutex);
+        m_aborting = true;
+        m_answered.wakeAll();
+    }
+    m_refreshTimer.stop();
+    if (m_thread.isRunning()) {
+        m_thread.quit(); // after the job in progress, which the caller has asked to stop
+        m_thread.wait();
+    }
+}
+
+void ThreadedCopyHost::flushProgress()
+{
+    if (!m_progressDirty.exchange(false))
+        return;
+    ++m_refreshes;
+    m_uiHost.updateProgress(m_latestPosition, m_latestLength);
+}
+
+template<typename T> T ThreadedCopyHost::callOnUi(std::function<T()> call, T fallback)
+{
+    if (onUiThread())
+        return call();
+    auto reply = std::make_shared<Reply<T>>();
+    {
+        QMutexLocker lock(&m_mutex);
+        if (m_aborting)
+            return fallback;
+    }
+    QMetaObject::invokeMethod(
+        this,
+        [this, reply, call = std::move(call)] {
+            {
+                QMutexLocker lock(&m_mutex);
+                if (m_aborting)
+                    return; // the worker has been given its fallback already
+            }
+            flushProgress(); // older progress first: the call may clear the bar
+            T value = call();
+            QMutexLocker lock(&m_mutex);
+            reply->value = std::move(value);
+            reply->done = true;
+            m_answered.wakeAll();
+        },
+        Qt::QueuedConnection);
+    QMutexLocker lock(&m_mutex);
+    while (!reply->done && !m_aborting)
+        m_answered.wait(&m_mutex);
+    return reply->done ? reply->value : fallback;
+}
+
+void ThreadedCopyHost::runVoid(std::function<void()> call)
+{
+    callOnUi<bool>(
+        [call = std::move(call)] {
+            call();
+            return true;
+        },
+        false);
+}
+
+int ThreadedCopyHost::showBox(const platform::MessageBox& box)
+{
+    // Without a window to ask, the answer that keeps the user's files: No (keep the partial copy).
+    const int fallback
+        = box.buttons == platform::BoxButtons::YesNo ? platform::kAnswerNo : platform::kAnswerOk;
+    return callOnUi<int>([this, box] { return m_uiHost.showBox(box); }, fallback);
+}
+
+void ThreadedCopyHost::log(const QString& entry)
+{
+    if (onUiThread()) {
+        m_uiHost.log(entry);
+        return;
+    }
+    QMetaObject::invokeMethod(
+        this,
+        [this, entry] {
+            flushProgress();
+            m_uiHost.log(entry);
+        },
+        Qt::QueuedConnection);
+}
+
+void ThreadedCopyHost::enterCopyingState()
+{
+    runVoid([this] { m_uiHost.enterCopyingState(); });
+}
+
+void ThreadedCopyHost::enterIdleState()
+{
+    runVoid([this] { m_uiHost.enterIdleState(); });
+}
+
+void ThreadedCopyHost::resetAfterCancel()
+{
+    runVoid([this] { m_uiHost.resetAfterCancel(); });
+}
+
+void ThreadedCopyHost::stopTimer()
+{
+    runVoid([this] { m_uiHost.stopTimer(); });
+}
+
+void ThreadedCopyHost::updateProgress(qint64 position, qint64 sourceLength)
+{
+    m_latestPosition = position;
+    m_latestLength = sourceLength;
+    m_progressDirty = true; // after the figures, so a reader that sees the flag sees them
+    if (onUiThread())
+        flushProgress();
+}
+
+void ThreadedCopyHost::showCopiedBytes(qint64 bytes)
+{
+    runVoid([this, bytes] { m_uiHost.showCopiedBytes(bytes); });
+}
+
+QString ThreadedCopyHost::estimatedText()
+{
+    return callOnUi<QString>([this] { return m_uiHost.estimatedText(); }, QString());
+}
+
+QString ThreadedCopyHost::throughputText()
+{
+    return callOnUi<QString>([this] { return m_uiHost.throughputText(); }, QString());
+}
+
+int ThreadedCopyHost::askContinueCopy(const QString& source, const QString& destination)
+{
+    return callOnUi<int>(
+        [this, source, destination] { return m_uiHost.askContinueCopy(source, destination); }, 0);
+}
+
+int ThreadedCopyHost::askExistingFile(const QString& source, const QString& destination, QString& newName)
+{
+    struct Choice
+    {
+        int code = 0;
+        QString name;
+    };
+    const Choice choice = callOnUi<Choice>(
+        [this, source, destination] {
+            Choice c;
+            c.code = m_uiHost.askExistingFile(source, destination, c.name);
+            return c;
+        },
+        Choice{});
+    newName = choice.name;
+    return choice.code;
+}
+
+void ThreadedCopyHost::stayPaused()
+{
+    runVoid([this] { m_uiHost.stayPaused(); });
+}
+
+} // namespace vindaro::copy
