@@ -19,7 +19,8 @@ bool DeviceReader::loadWindow(qint64 offset)
         return true;
     m_windowOffset = -1;
     m_window.clear();
-    if (!m_device.seek(offset))
+    // Ask the device each time: a file that shrinks while we read ends the data where it now ends.
+    if (offset >= m_device.size() || !m_device.seek(offset))
         return false;
     m_window.resize(kWindowBytes);
     const qint64 got = m_device.read(m_window.data(), kWindowBytes);

@@ -44,8 +44,8 @@ bool printZip(const QString& path)
     write(stdout, ZipInformation::columnCaptions().join(QLatin1Char('\t')) + QLatin1Char('\n'));
     const bool opened = zip.readZip(path, [](const ZipRow& row) {
         const QStringList cells = row.isFolder
-            ? QStringList {row.text, QString(), row.modified}
-            : QStringList {row.text, row.size, row.modified, row.ratio, row.compressedSize, row.crc};
+            ? QStringList{row.text, QString(), row.modified}
+            : QStringList{row.text, row.size, row.modified, row.ratio, row.compressedSize, row.crc};
         write(stdout, cells.join(QLatin1Char('\t')) + QLatin1Char('\n'));
         return true;
     });

@@ -132,9 +132,9 @@ QString Mp3ID3v1TAG::trimmedField(Field field)
         }
         at += span.length;
     }
-    const QByteArrayView kept = first < 0 ? QByteArrayView() : bytes.sliced(first, end - first);
-    const QByteArray stored = padField(kept, field.width, encoding);
-    m_record.replace(field.offset, field.width, stored);
+    // A copy: `bytes` looks into m_record, which is rewritten next.
+    const QByteArray kept = first < 0 ? QByteArray() : bytes.sliced(first, end - first).toByteArray();
+    m_record.replace(field.offset, field.width, padField(kept, field.width, encoding));
     return decodeAs(kept, encoding);
 }
 

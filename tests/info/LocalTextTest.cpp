@@ -1,0 +1,36 @@
+#include "LocalText.h"
+
+#include <QStringEncoder>
+
+#include <gtest/gtest.h>
+
+using namespace vindaro::info;
+
+namespace {
+
+TEST(LocalText, DecodesUtf8OrGb18030)
+{
+    const QString chinese = QStringLiteral("中文歌曲");
+    EXPECT_EQ(decodeLocalText(chinese.toUtf8()), chinese);
+    EXPECT_EQ(decodeLocalText(QByteArray(QStringEncoder("GB18030").encode(chinese))), chinese);
+    EXPECT_EQ(decodeLocalText("plain"), QStringLiteral("plain"));
+    // Overlong and surrogate forms are not UTF-8.
+    EXPECT_EQ(detectEncoding("\xC0\xAF"), TextEncoding::Gb18030);
+    EXPECT_EQ(detectEncoding("\xED\xA0\x80"), TextEncoding::Gb18030);
+    EXPECT_EQ(detectEncoding("ab\xE4\xB8"), TextEncoding::Gb18030);
+    EXPECT_EQ(detectEncoding("ab\xE4\xB8", true), TextEncoding::Utf8);
+}
+
+TEST(LocalText, EncodedFieldsKeepWholeCharacters)
+{
+    // "€" is two bytes and "𠀀" four in GB18030; neither may be cut at the width.
+    EXPECT_EQ(encodeField(QStringLiteral("abc中"), 4), QByteArray("abc "));
+    EXPECT_EQ(encodeField(QStringLiteral("ab\U00020000"), 5), QByteArray("ab   "));
+    EXPECT_EQ(encodeField(QStringLiteral("ab\U00020000"), 6).left(2), QByteArray("ab"));
+    EXPECT_EQ(
+        decodeLocalText(encodeField(QStringLiteral("ab\U00020000"), 6)), QStringLiteral("ab\U00020000"));
+    EXPECT_EQ(encodeField(QString(), 3), QByteArray("   "));
+    EXPECT_EQ(padField("a\xE4\xB8\xAD", 3, TextEncoding::Utf8), QByteArray("a  "));
+}
+
+} // namespace

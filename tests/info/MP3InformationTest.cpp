@@ -1,0 +1,166 @@
+#include "MP3Information.h"
+#include "InfoText.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using vindaro::info::MP3Information;
+
+namespace {
+
+// `size` bytes of zeros with `header` at `offset`.
+QByteArray stream(QByteArray header, qint64 offset, qint64 size)
+{
+    QByteArray bytes(size, '\0');
+    bytes.replace(offset, header.size(), header);
+    return bytes;
+}
+
+MP3Information readBytes(const QByteArray& bytes)
+{
+    QByteArray copy = bytes;
+    QBuffer buffer(&copy);
+    buffer.open(QIODevice::ReadOnly);
+    MP3Information mpeg;
+    mpeg.getMpegInfo(buffer, QStringLiteral("test.mp3"));
+    return mpeg;
+}
+
+struct HeaderCase
+{
+    const char* name;
+    QByteArray header;
+    qint64 fileSize;
+    const char* versionLayer;
+    qint64 bitRate;
+    qint64 frequency;
+    qint64 frameSize;
+    qint64 frames;
+    qint64 seconds;
+    const char* crcs;
+    const char* mode;
+};
+
+class MP3InformationHeaders : public ::testing::TestWithParam<HeaderCase>
+{
+};
+
+TEST_P(MP3InformationHeaders, DecodesFirstHeaderAndEstimates)
+{
+    const HeaderCase& c = GetParam();
+    const MP3Information mpeg = readBytes(stream(c.header, 0, c.fileSize));
+    EXPECT_EQ(mpeg.header(), QStringLiteral("0"));
+    EXPECT_EQ(mpeg.versionLayer(), QString::fromUtf8(c.versionLayer));
+    EXPECT_EQ(mpeg.bitRate(), c.bitRate);
+    EXPECT_EQ(mpeg.frequency(), c.frequency);
+    EXPECT_EQ(mpeg.frameSize(), c.frameSize);
+    EXPECT_EQ(mpeg.frames(), c.frames);
+    EXPECT_EQ(mpeg.seconds(), c.seconds);
+    EXPECT_EQ(mpeg.crcs(), QString::fromUtf8(c.crcs));
+    EXPECT_EQ(mpeg.mode(), QString::fromUtf8(c.mode));
+    EXPECT_EQ(mpeg.bitStr().size(), 32);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, MP3InformationHeaders,
+    ::testing::Values(
+        // 128 kbit/s, 44100 Hz: 417.96 rounds to 418; 4,180,000 bytes are 10000 frames and 261.25 s.
+        HeaderCase{"Mpeg1Layer3", QByteArray("\xFF\xFB\x90\x64", 4), 4180000, "MPEG 1.0 Layer 3", 128, 44100,
+            418, 10000, 261, "No", "合成立体声"},
+        HeaderCase{"Padded", QByteArray("\xFF\xFB\x92\x64", 4), 4180000, "MPEG 1.0 Layer 3", 128, 44100, 419,
+            9976, 261, "No", "合成立体声"},
+        // Version bit clear: the version-2 tables (Layer III index 9 = 80 kbit/s, 22050 Hz).
+        HeaderCase{"Version2", QByteArray("\xFF\xF3\x90\xC4", 4), 1000000, "MPEG 2.0 Layer 3", 80, 22050, 522,
+            1915, 100, "No", "单声道"},
+        // Both version bits clear (MPEG 2.5) is read as version 2.
+        HeaderCase{"Version25", QByteArray("\xFF\xE3\x90\x04", 4), 1000000, "MPEG 2.0 Layer 3", 80, 22050,
+            522, 1915, 100, "No", "立体声"},
+        // Bit-rate index 0 (free format): no bit rate, so no time and a frame size of 0.
+        HeaderCase{"FreeFormat", QByteArray("\xFF\xFB\x00\x64", 4), 100000, "MPEG 1.0 Layer 3", 0, 44100, 0,
+            0, 0, "No", "合成立体声"},
+        // Protection bit clear: CRC-protected, Layer I table (index 4 = 128 kbit/s), 48000 Hz, dual channel.
+        HeaderCase{"CrcLayer1", QByteArray("\xFF\xFE\x44\x80", 4), 48000, "MPEG 1.0 Layer 1", 128, 48000, 384,
+            125, 3, "Yes", "双声道"}),
+    [](const ::testing::TestParamInfo<HeaderCase>& param) { return std::string(param.param.name); });
+
+TEST(MP3Information, FirstFfByteIsTheHeaderWhateverFollows)
+{
+    // 0xFF at offset 10 followed by 0x00: not a valid frame sync, still the header.
+    QByteArray bytes = stream(QByteArray("\xFF\x00\x90\x64", 4), 10, 5000);
+    bytes[3] = 'x';
+    const MP3Information mpeg = readBytes(bytes);
+    EXPECT_EQ(mpeg.header(), QStringLiteral("10"));
+    EXPECT_EQ(mpeg.bitStr(), QStringLiteral("11111111000000001001000001100100"));
+    EXPECT_EQ(mpeg.layer(), QStringLiteral("0"));
+    EXPECT_EQ(mpeg.bitRate(), 0); // reserved layer: no table, the field keeps its value
+}
+
+TEST(MP3Information, HeaderBeyond16BitOffsetsShowsItsTrueOffset)
+{
+    const MP3Information mpeg = readBytes(stream(QByteArray("\xFF\xFB\x90\x64", 4), 70000, 80000));
+    EXPECT_EQ(mpeg.header(), QStringLiteral("70000"));
+    EXPECT_EQ(mpeg.bitRate(), 128);
+}
+
+TEST(MP3Information, NoFfByteBeforeTheLastByteMeansNoHeader)
+{
+    QByteArray bytes(300, 'a');
+    bytes[299] = '\xFF'; // the last byte is never examined
+    const MP3Information mpeg = readBytes(bytes);
+    EXPECT_EQ(mpeg.headerOffset(), -1);
+    EXPECT_EQ(mpeg.bitStr(), QString());
+    EXPECT_EQ(mpeg.fileSizeBytes(), 300);
+    EXPECT_TRUE(vindaro::info::mpegTextBlock(mpeg).contains(QStringLiteral("标头创建于：未找到")));
+
+    EXPECT_EQ(readBytes(QByteArray()).headerOffset(), -1);
+}
+
+TEST(MP3Information, HeaderCutByTheEndReadsAsZeros)
+{
+    const MP3Information mpeg = readBytes(QByteArray("abc\xFF\xFB", 5));
+    EXPECT_EQ(mpeg.header(), QStringLiteral("3"));
+    EXPECT_EQ(mpeg.bitStr(), QStringLiteral("11111111111110110000000000000000"));
+}
+
+TEST(MP3Information, FileNameSetterReadsAtOnceAndRefusesMissingFiles)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("song.mp3"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(stream(QByteArray("\xFF\xFB\x90\x64", 4), 0, 4180000));
+    file.close();
+
+    MP3Information mpeg;
+    mpeg.setFileName(path);
+    EXPECT_EQ(mpeg.fileName(), path);
+    EXPECT_EQ(mpeg.fileSize(), QStringLiteral("4180000"));
+    EXPECT_EQ(mpeg.seconds(), 261);
+
+    // A missing file is not measured: the earlier figures stay.
+    mpeg.setFileName(dir.filePath(QStringLiteral("missing.mp3")));
+    mpeg.getMpegInfo();
+    EXPECT_EQ(mpeg.fileName(), path);
+    EXPECT_EQ(mpeg.frames(), 10000);
+}
+
+TEST(MP3Information, TextBlockLines)
+{
+    const MP3Information mpeg = readBytes(stream(QByteArray("\xFF\xFB\x90\x64", 4), 0, 4180000));
+    const QString expected = QStringLiteral("\r\n\r\n[MPEG信息]---------------------------------"
+                                            "\r\n长度：261秒"
+                                            "\r\n标头创建于：0字节"
+                                            "\r\n128kbit/s  10000帧"
+                                            "\r\n44100Hz  合成立体声"
+                                            "\r\nMPEG 1.0 Layer 3"
+                                            "\r\nCRCs：No"
+                                            "\r\n版权作品：No"
+                                            "\r\n正本原件：Yes"
+                                            "\r\n信号加重：None"
+                                            "\r\n-------------------------------------------");
+    EXPECT_EQ(vindaro::info::mpegTextBlock(mpeg), expected);
+}
+
+} // namespace
