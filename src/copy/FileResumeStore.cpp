@@ -163,8 +163,11 @@ bool writeStore(const QString& path, const QJsonObject& records, QString& errorS
         errorString = QStringLiteral("无法创建文件夹“%1”，没有保存续拷记录。").arg(folder);
         return false;
     }
+    // Unbuffered: a short write on a full disk shows in write()'s count. Buffered, Qt 6.4 drops the short
+    // count while flushing at commit() and would rename a truncated store into place.
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || file.write(bytes) != bytes.size()
+        || file.size() != bytes.size() || !file.commit()) {
         errorString = QStringLiteral("无法写入续拷记录文件“%1”：%2").arg(path, file.errorString());
         file.cancelWriting();
         return false;
