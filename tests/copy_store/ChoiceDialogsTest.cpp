@@ -249,6 +249,11 @@ TEST_F(ChoiceDialogFiles, BatchDialogSaysWhatKeepBothWillDo)
     dialog.setFiles(source(), destination());
     EXPECT_TRUE(hint->text().contains(QStringLiteral("“N[01]dest.dat”"))) << hint->text().toStdString();
 
+    EXPECT_FALSE(hint->text().contains(QStringLiteral("覆盖")));
+    ASSERT_TRUE(writeFile(m_dir.filePath(QStringLiteral("N[01]dest.dat")), 1));
+    dialog.setFiles(source(), destination());
+    EXPECT_TRUE(hint->text().contains(QStringLiteral("将被覆盖"))) << "the taken name is pointed out";
+
     ASSERT_TRUE(writeFile(destination(), 100));
     dialog.setFiles(source(), destination());
     EXPECT_TRUE(hint->text().contains(QStringLiteral("跳过"))) << hint->text().toStdString();

@@ -2,6 +2,7 @@
 
 #include "ExistingFileDialog.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QLabel>
 #include <QPushButton>
@@ -15,6 +16,7 @@ BatchExistingFileDialog::BatchExistingFileDialog(QWidget* parent)
     setObjectName(QStringLiteral("batchExistingFileDialog"));
     setWindowTitle(QStringLiteral("提醒！"));
     setModal(true);
+    setMinimumWidth(kChoiceDialogMinimumWidth);
 
     auto* layout = new QVBoxLayout(this);
     auto* question = new QLabel(QStringLiteral("文件保存路径中已经存在同名文件："), this);
@@ -49,6 +51,11 @@ void BatchExistingFileDialog::setFiles(const QString& source, const QString& des
     const QFileInfo destinationInfo(destination);
     if (sourceInfo.exists() && destinationInfo.exists() && sourceInfo.size() == destinationInfo.size())
         m_keepBothHint->setText(QStringLiteral("两个文件大小相同，将保留原有文件并跳过该文件，不再复制。"));
+    else if (QFileInfo::exists(
+                 destinationInfo.dir().filePath(QStringLiteral("N[01]") + destinationInfo.fileName())))
+        m_keepBothHint->setText(QStringLiteral("原有文件保持不变，源文件以新文件名“N[01]")
+            + destinationInfo.fileName()
+            + QStringLiteral("”复制到同一文件夹；注意：该文件名也已经存在，其中的内容将被覆盖。"));
     else
         m_keepBothHint->setText(QStringLiteral("原有文件保持不变，源文件以新文件名“N[01]")
             + destinationInfo.fileName() + QStringLiteral("”复制到同一文件夹。"));

@@ -15,6 +15,7 @@ ContinueCopyDialog::ContinueCopyDialog(QWidget* parent)
     setObjectName(QStringLiteral("continueCopyDialog"));
     setWindowTitle(QStringLiteral("提醒！"));
     setModal(true);
+    setMinimumWidth(kChoiceDialogMinimumWidth);
 
     auto* layout = new QVBoxLayout(this);
     auto* question = new QLabel(QStringLiteral("该文件已经存在，并且保存有上次复制中断时的续拷记录："), this);

@@ -121,6 +121,7 @@ ExistingFileDialog::ExistingFileDialog(QWidget* parent)
     setObjectName(QStringLiteral("existingFileDialog"));
     setWindowTitle(QStringLiteral("提醒！"));
     setModal(true);
+    setMinimumWidth(kChoiceDialogMinimumWidth);
 
     auto* layout = new QVBoxLayout(this);
     auto* question = new QLabel(QStringLiteral("文件保存路径中已经存在同名文件："), this);

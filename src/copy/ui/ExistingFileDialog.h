@@ -62,6 +62,9 @@ private:
 
 // Shared by the copy engine's choice dialogs.
 
+// Wide enough for a path and its size line side by side without wrapping every few characters.
+constexpr int kChoiceDialogMinimumWidth = 460;
+
 // The name proposed for a copy beside `destination`: "N[01]" before its file name, or N[02], N[03] ... up to
 // N[99] when that name is taken in the folder (N[01] again if all are).
 QString proposedNewName(const QString& destination);
