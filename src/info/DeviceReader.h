@@ -8,8 +8,9 @@ class QIODevice;
 namespace vindaro::info {
 
 // Bounded reads at 0-based offsets of a random-access device, through one 64 KiB window, so that walking
-// thousands of small headers costs few system calls and a 4 GB file never sits in memory. A device that
-// shrinks or fails while it is read gives short reads, never stale or invented bytes.
+// thousands of small headers costs few system calls and a 4 GB file never sits in memory. Bytes come
+// from one window snapshot at a time; a device that shrinks or fails while it is read ends the data at the
+// next window load, as a short read, and never yields invented bytes.
 class DeviceReader
 {
 public:

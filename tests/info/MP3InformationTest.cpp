@@ -1,8 +1,12 @@
 #include "MP3Information.h"
 #include "InfoText.h"
+#include "Mp3ID3v1TAG.h"
 
 #include <QBuffer>
 #include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -161,6 +165,46 @@ TEST(MP3Information, TextBlockLines)
                                             "\r\n信号加重：None"
                                             "\r\n-------------------------------------------");
     EXPECT_EQ(vindaro::info::mpegTextBlock(mpeg), expected);
+}
+
+} // namespace
+
+namespace {
+
+// A file from a real encoder (LAME through GStreamer), when the machine has one, with an ID3v1 footer.
+TEST(MP3Information, ReadsTheOutputOfARealEncoder)
+{
+    const QString launcher = QStandardPaths::findExecutable(QStringLiteral("gst-launch-1.0"));
+    if (launcher.isEmpty())
+        GTEST_SKIP() << "gst-launch-1.0 is not installed";
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("tone.mp3"));
+    QProcess encoder;
+    encoder.start(launcher,
+        QStringList{QStringLiteral("-q"), QStringLiteral("audiotestsrc"), QStringLiteral("num-buffers=200"),
+            QStringLiteral("!"), QStringLiteral("audio/x-raw,rate=44100,channels=2"), QStringLiteral("!"),
+            QStringLiteral("lamemp3enc"), QStringLiteral("target=bitrate"), QStringLiteral("bitrate=128"),
+            QStringLiteral("cbr=true"), QStringLiteral("!"), QStringLiteral("taginject"),
+            QStringLiteral("tags=title=Tone,artist=Encoder"), QStringLiteral("!"), QStringLiteral("id3mux"),
+            QStringLiteral("write-v1=true"), QStringLiteral("write-v2=false"), QStringLiteral("!"),
+            QStringLiteral("filesink"), QStringLiteral("location=") + path});
+    if (!encoder.waitForFinished(60000) || encoder.exitCode() != 0 || !QFile::exists(path))
+        GTEST_SKIP() << "the LAME or ID3 GStreamer plugin is missing";
+
+    MP3Information mpeg;
+    mpeg.setFileName(path);
+    const qint64 size = QFileInfo(path).size();
+    EXPECT_EQ(mpeg.header(), QStringLiteral("0"));
+    EXPECT_EQ(mpeg.versionLayer(), QStringLiteral("MPEG 1.0 Layer 3"));
+    EXPECT_EQ(mpeg.bitRate(), 128);
+    EXPECT_EQ(mpeg.frequency(), 44100);
+    EXPECT_EQ(mpeg.frames(), size / mpeg.frameSize());
+    EXPECT_EQ(mpeg.seconds(), 5); // 200 x 1024 samples at 44100 Hz: about 4.7 s at 128 kbit/s
+
+    vindaro::info::Mp3ID3v1TAG tag;
+    ASSERT_TRUE(tag.getId3(path));
+    EXPECT_EQ(tag.title(), QStringLiteral("Tone"));
+    EXPECT_EQ(tag.artist(), QStringLiteral("Encoder"));
 }
 
 } // namespace
