@@ -48,9 +48,9 @@ FailureTexts failureTexts(
 {
     switch (error.errorClass) {
     case kDiskFull:
-        return merge ? FailureTexts {QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来合并文件。"),
+        return merge ? FailureTexts{QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来合并文件。"),
                    QStringLiteral("磁盘已满，没有足够的可用空间用来合并文件。")}
-                     : FailureTexts {QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来复制文件。"),
+                     : FailureTexts{QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来复制文件。"),
                          QStringLiteral("磁盘已满，没有足够的可用空间用来复制文件。")};
     case kBadRecordNumber:
         return {QStringLiteral("错误原因：未知错误，可能是文件拒绝访问权限。"),
@@ -70,9 +70,9 @@ FailureTexts failureTexts(
     // Any other failure. A medium that vanished is always the drive-not-ready case.
     if (cdRomNotReady || error.errorClass == kDiskNotReady) {
         return merge
-            ? FailureTexts {QStringLiteral("错误原因：合并文件被意外地终止，光驱中可能没有光盘。"),
+            ? FailureTexts{QStringLiteral("错误原因：合并文件被意外地终止，光驱中可能没有光盘。"),
                 QStringLiteral("合并文件被意外地终止，请检查光驱中是否有光盘。")}
-            : FailureTexts {QStringLiteral("错误原因：复制文件被意外地终止，请检查光驱中是否有光盘。"),
+            : FailureTexts{QStringLiteral("错误原因：复制文件被意外地终止，请检查光驱中是否有光盘。"),
                 QStringLiteral("复制文件被意外地终止，请检查光驱中是否有光盘。")};
     }
     if (error.description.isEmpty()) {
@@ -140,7 +140,8 @@ void BlockCopier::enterIdleState()
     m_state.stopRequested = false;
     m_state.cancelRequested = false;
     m_state.copyRunning = false;
-    m_state.elapsedSeconds = 0;
+    if (!m_batch)
+        m_state.elapsedSeconds = 0; // a batch moves the file's seconds to its total itself
     m_host.enterIdleState();
 }
 
@@ -240,6 +241,8 @@ bool BlockCopier::onFailure(
     const IoResult& io, const QString& source, const QString& destination, bool merge, CopyOutcome& outcome)
 {
     const FileError error = classify(io);
+    if (m_batch)
+        return onBatchFailure(error, source, destination, outcome);
     const qint64 position = m_state.position;
 
     if (error.errorClass == kInvalidArgument) {
@@ -294,9 +297,91 @@ bool BlockCopier::onFailure(
     return true;
 }
 
+bool BlockCopier::onBatchFailure(
+    const FileError& error, const QString& source, const QString& destination, CopyOutcome& outcome)
+{
+    m_host.stopTimer();
+    const auto logCause
+        = [&](const QString& cause) { m_host.log(errorEntry(source, destination, false, cause)); };
+    const auto endBatch = [&](bool keepRecord) {
+        m_state.stopRequested = true;
+        m_state.cancelRequested = keepRecord;
+        outcome = keepRecord ? CopyOutcome::Cancelled : CopyOutcome::Failed;
+        return true;
+    };
+    const auto nextFile = [&] {
+        enterIdleState();
+        outcome = CopyOutcome::Failed;
+        return true;
+    };
+
+    const qint64 position = m_state.position;
+    qint64 skipBytes = 0;
+    if (error.errorClass == kBadFileNumber)
+        skipBytes = m_state.blockBytes;
+    else if (error.errorClass == kPathAccess && position > 1)
+        skipBytes = 80 * m_state.blockBytes; // a fixed 80 blocks in a batch, not the skip slider
+    if (skipBytes > 0) {
+        m_state.position += skipBytes;
+        ++m_skips;
+        m_host.yield();
+        if (m_state.position <= m_state.sourceLength)
+            return false; // the loop starts again there; a batch logs no skipped block
+        return endBatch(false);
+    }
+
+    switch (error.errorClass) {
+    case kInvalidArgument: {
+        const int answer = m_host.showBox(MessageBox{QStringLiteral("复制文件时出错，是否继续复制？"),
+            QStringLiteral("警告！"), BoxIcon::Critical, BoxButtons::YesNo});
+        m_state.lastAnswer = answer;
+        if (answer == platform::kAnswerYes) {
+            m_state.stopRequested = false;
+            m_state.cancelRequested = false;
+            m_state.copyRunning = true;
+            m_host.enterCopyingState();
+            return false; // read the same block again
+        }
+        return endBatch(false);
+    }
+    case kDiskFull:
+        logCause(QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来复制文件。"));
+        return endBatch(true);
+    case kBadRecordNumber:
+        logCause(QStringLiteral("错误原因：未知错误，请检查文件访问权限。"));
+        return nextFile();
+    case kPermissionDenied:
+        logCause(QStringLiteral("错误原因：共享冲突,源文件或目标文件可能正在使用。"));
+        return nextFile();
+    case kPathAccess: // at position 1
+        logCause(QStringLiteral("错误原因：路径/文件访问错误，请检查文件的访问权限。"));
+        return nextFile();
+    default:
+        break;
+    }
+    if (error.errorClass == kDiskNotReady || (m_cdRomNotReady && m_cdRomNotReady(source))) {
+        logCause(QStringLiteral("错误原因：复制文件被意外地终止，可能是光驱中没有光盘。"));
+        return endBatch(true);
+    }
+    if (error.description.isEmpty()) {
+        logCause(QStringLiteral("错误原因：未知错误，可能是目标文件中含有非法字符 ") + kCrLf + kIndent
+            + QStringLiteral("或是在文件复制过程当中遇到了其他无法预料的情况。"));
+        return nextFile();
+    }
+    nextFile();
+    m_host.showBox(MessageBox{
+        QStringLiteral("[") + QString::number(error.code) + QStringLiteral("].") + error.description,
+        QStringLiteral("复制文件时出错！"), BoxIcon::Critical, BoxButtons::Ok});
+    return true;
+}
+
 CopyOutcome BlockCopier::finish(
     const QString& source, const QString& destination, bool merge, bool showCopied)
 {
+    if (m_batch) {
+        enterIdleState(); // the per-file reset; the batch goes on with the next file
+        return m_skips > 0 ? CopyOutcome::FinishedWithSkips : CopyOutcome::Finished;
+    }
     const qint64 sourceLength = m_state.sourceLength;
     if (showCopied)
         m_host.showCopiedBytes(sourceLength);
@@ -317,6 +402,8 @@ CopyOutcome BlockCopier::onStop(const QString& source, const QString& destinatio
     m_host.stopTimer();
     if (!m_state.cancelRequested)
         return CopyOutcome::Paused; // the copy goes on later from `position`
+    if (m_batch)
+        return CopyOutcome::Cancelled; // the batch keeps the file and saves its record
 
     m_host.log((merge ? QStringLiteral("取消合并：") : QStringLiteral("取消复制：")) + source);
     MessageBox box;

@@ -46,6 +46,11 @@ public:
 
     int skippedStretches() const { return m_skips; } // unreadable stretches jumped in the last run
 
+    // In a batch a file ends without a box or a log entry, unreadable stretches jump a fixed 80 blocks and
+    // are not logged, and failures either go on with the next file (Failed) or end the batch: stopRequested
+    // is then set, with cancelRequested when the file's resume record is to be kept (Cancelled).
+    void setBatchMode(bool batch) { m_batch = batch; }
+
     // Texts shared with the batch copy.
     static QString finishedEntry(const QString& source, const QString& destination, qint64 sourceLength,
         bool merge, const QString& estimated, const QString& throughput);
@@ -58,6 +63,8 @@ private:
     // Decides what a failure means: true with `outcome` set when the copy ends, false to run the pass again.
     bool onFailure(const platform::IoResult& io, const QString& source, const QString& destination,
         bool merge, CopyOutcome& outcome);
+    bool onBatchFailure(
+        const FileError& error, const QString& source, const QString& destination, CopyOutcome& outcome);
     void enterIdleState();
     void resetAfterCancel();
 
@@ -68,6 +75,7 @@ private:
     std::function<bool(const QString&)> m_cdRomNotReady;
     QByteArray m_buffer; // reused by every round and pass
     int m_skips = 0;
+    bool m_batch = false;
 };
 
 } // namespace vindaro::copy

@@ -58,32 +58,44 @@ CopySession::CopySession(CopyState& state, CopyHost& host, platform::FileLayer& 
 {
 }
 
-qint64 CopySession::computeBlockBytes(const QString& source, const QString& destination)
+qint64 continuePosition(const ResumeRecord& record, const QString& destination, platform::FileLayer& files)
 {
-    const qint64 v = m_state.readBlocks;
+    IoResult io;
+    const qint64 length = files.length(destination, io);
+    if (!io.ok())
+        return 1;
+    return std::clamp<qint64>(record.continuePosition, 1, std::max<qint64>(1, length));
+}
+
+qint64 blockBytesFor(int readBlocks, const QString& source, const QString& destination, DriveFacts& drives,
+    int platformFamily, qint64 currentBlockBytes)
+{
     qint64 factor = 4096;
-    if (isNetworkPath(source) || isNetworkPath(destination)) {
-        factor = 4096;
-    } else {
-        switch (m_drives.driveType(source)) {
+    if (!isNetworkPath(source) && !isNetworkPath(destination)) {
+        switch (drives.driveType(source)) {
         case platform::kDriveCdRom:
             // DVD video sectors are read a little larger than VCD ones
             factor = source.right(3).toUpper() == QLatin1String("VOB") ? 5120 : 4096;
             break;
         case platform::kDriveFixed:
-            if (m_platformFamily == 0)
-                return m_state.blockBytes; // left as it was
-            factor = m_platformFamily == 1 ? 61440 : 6144;
+            if (platformFamily == 0)
+                return currentBlockBytes; // left as it was
+            factor = platformFamily == 1 ? 61440 : 6144;
             break;
         case platform::kDriveRemovable:
-            factor = m_drives.isFloppy(source) ? 128 : 1024;
+            factor = drives.isFloppy(source) ? 128 : 1024;
             break;
         default:
-            factor = 4096;
             break;
         }
     }
-    m_state.blockBytes = v * factor;
+    return qint64(readBlocks) * factor;
+}
+
+qint64 CopySession::computeBlockBytes(const QString& source, const QString& destination)
+{
+    m_state.blockBytes = blockBytesFor(
+        m_state.readBlocks, source, destination, m_drives, m_platformFamily, m_state.blockBytes);
     return m_state.blockBytes;
 }
 
@@ -181,7 +193,7 @@ CopyOutcome CopySession::existingDestination(const QString& source, QString dest
                 return startOver(source, destination);
             if (answer != 2)
                 return CopyOutcome::NotStarted;
-            m_state.position = record.continuePosition;
+            m_state.position = copy::continuePosition(record, destination, m_files);
             m_state.elapsedSeconds = record.elapsedSeconds;
             m_host.log(QStringLiteral("续拷文件：") + source + kCrLf + kIndent + QStringLiteral("到：")
                 + destination);

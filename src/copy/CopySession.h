@@ -21,6 +21,17 @@ public:
 // "smb://server/share"): no free-space check, and the network block size.
 bool isNetworkPath(const QString& path);
 
+// Where a copy goes on from its resume record: the stored position, but never past the destination's
+// present length (a file cut short since would otherwise get a hole of zeros).
+qint64 continuePosition(const ResumeRecord& record, const QString& destination, platform::FileLayer& files);
+
+// Bytes per block: `readBlocks` times a factor that follows the kinds of drive and file: 4096 for network
+// paths and CD-ROMs (5120 for DVD ".vob" files), 6144 for fixed drives (61440 on the old consumer family;
+// the oldest family keeps `currentBlockBytes`), 128 for floppies, 1024 for other removable drives, 4096 for
+// anything else.
+qint64 blockBytesFor(int readBlocks, const QString& source, const QString& destination, DriveFacts& drives,
+    int platformFamily, qint64 currentBlockBytes);
+
 // Everything between the start button and the first block, and the checks of a paused copy that goes on:
 // empty paths, free space, the block size, and what to do with an existing destination. Runs wherever the
 // block loop runs (the window's worker thread); every question goes through the host.

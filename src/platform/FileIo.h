@@ -54,6 +54,8 @@ public:
     virtual IoResult truncate(const QString& path) = 0;
     virtual IoResult remove(const QString& path) = 0;
     virtual bool exists(const QString& path) = 0;
+    // Creates a folder and any missing parents; succeeds when it exists already.
+    virtual IoResult makeFolders(const QString& path) = 0;
 };
 
 } // namespace vindaro::platform

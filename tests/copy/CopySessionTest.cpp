@@ -169,6 +169,14 @@ TEST_F(CopySessionTest, ContinuesFromTheResumeRecordWithItsSeconds)
         QStringLiteral("续拷文件：") + kCdSource + "\r\n" + QString(22, ' ') + QStringLiteral("到：")
             + kDest);
     EXPECT_FALSE(store.records.contains(kDest)); // a finished copy leaves no record behind
+
+    // a destination cut short since the record was saved goes on from its own length, leaving no hole
+    files.put(kDest, data.first(1000));
+    store.records.insert(kDest, makeResumeRecord(40961, 40961, 100000, 17));
+    host = {};
+    host.continueAnswers = {2};
+    EXPECT_EQ(session.startCopy(kCdSource, kDest), CopyOutcome::Finished);
+    EXPECT_EQ(files.bytes(kDest), data);
 }
 
 TEST_F(CopySessionTest, ExistingDestinationChoices)

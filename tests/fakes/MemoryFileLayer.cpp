@@ -48,6 +48,7 @@ void MemoryFileLayer::reset()
 {
     QMutexLocker lock(&m_mutex);
     m_files.clear();
+    m_folders.clear();
     m_readHook = nullptr;
     m_readCount = 0;
     m_open = 0;
@@ -212,6 +213,20 @@ bool MemoryFileLayer::exists(const QString& path)
 {
     QMutexLocker lock(&m_mutex);
     return m_files.contains(path);
+}
+
+IoResult MemoryFileLayer::makeFolders(const QString& path)
+{
+    QMutexLocker lock(&m_mutex);
+    if (!m_folders.contains(path))
+        m_folders.append(path);
+    return IoResult();
+}
+
+QStringList MemoryFileLayer::foldersMade() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_folders;
 }
 
 IoResult MemoryFileLayer::read(const QString& path, qint64 offset, char* data, qint64 maxBytes)

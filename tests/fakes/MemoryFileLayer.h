@@ -6,6 +6,7 @@
 #include <QHash>
 #include <QList>
 #include <QMutex>
+#include <QStringList>
 
 #include <functional>
 
@@ -66,6 +67,8 @@ public:
     platform::IoResult truncate(const QString& path) override;
     platform::IoResult remove(const QString& path) override;
     bool exists(const QString& path) override;
+    platform::IoResult makeFolders(const QString& path) override;
+    QStringList foldersMade() const;
 
 private:
     friend class MemoryFile;
@@ -83,6 +86,7 @@ private:
 
     mutable QMutex m_mutex;
     QHash<QString, Entry> m_files;
+    QStringList m_folders;
     std::function<void(const QString&, qint64, qint64)> m_readHook;
     int m_readCount = 0;
     int m_open = 0;

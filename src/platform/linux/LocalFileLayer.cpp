@@ -174,4 +174,25 @@ bool LocalFileLayer::exists(const QString& path)
     return ::stat(QFile::encodeName(path).constData(), &st) == 0;
 }
 
+IoResult LocalFileLayer::makeFolders(const QString& path)
+{
+    QByteArray name = QFile::encodeName(path);
+    // mkdir -p: each prefix that ends before a "/" in turn, then the whole path
+    for (qsizetype at = 1; at <= name.size(); ++at) {
+        if (at < name.size() && name[at] != '/')
+            continue;
+        const QByteArray prefix = name.left(at);
+        if (::mkdir(prefix.constData(), 0777) != 0 && errno != EEXIST)
+            return lastFailure();
+    }
+    struct stat st
+    {
+    };
+    if (::stat(name.constData(), &st) != 0)
+        return lastFailure();
+    if (!S_ISDIR(st.st_mode))
+        return IoResult::failure(ENOTDIR, errnoText(ENOTDIR));
+    return IoResult();
+}
+
 } // namespace vindaro::platform

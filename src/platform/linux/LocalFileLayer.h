@@ -15,6 +15,7 @@ public:
     IoResult truncate(const QString& path) override;
     IoResult remove(const QString& path) override;
     bool exists(const QString& path) override;
+    IoResult makeFolders(const QString& path) override;
 };
 
 // The system's text for an errno value.

@@ -1,0 +1,234 @@
+#include "BatchCopier.h"
+
+#include "files/Format.h"
+#include "platform/Volumes.h"
+
+namespace vindaro::copy {
+
+using platform::BoxButtons;
+using platform::BoxIcon;
+using platform::IoResult;
+using platform::MessageBox;
+
+namespace {
+
+const QString kCrLf = QStringLiteral("\r\n");
+
+QString fileNameOf(const QString& path)
+{
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+QString folderOf(const QString& path)
+{
+    return path.left(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+} // namespace
+
+BatchCopier::BatchCopier(CopyState& state, BatchHost& host, platform::FileLayer& files,
+    ResumeStore& resumeStore, DriveFacts& drives)
+    : m_state(state)
+    , m_host(host)
+    , m_files(files)
+    , m_resumeStore(resumeStore)
+    , m_drives(drives)
+    , m_copier(state, host, files, resumeStore, [&drives](const QString& path) {
+        return drives.driveType(path) == platform::kDriveCdRom && !drives.driveIsReady(path);
+    })
+{
+    m_copier.setBatchMode(true);
+}
+
+QString BatchCopier::totalText(qint64 totalBytes)
+{
+    QString amount;
+    if (totalBytes >= 1024000)
+        amount = files::groupDigits(totalBytes / 1024 / 1024) + QStringLiteral(" MB");
+    else if (totalBytes >= 10240)
+        amount = files::groupDigits(totalBytes / 1024) + QStringLiteral(" KB");
+    else
+        amount = files::groupDigits(totalBytes) + QStringLiteral(" 字节");
+    return QStringLiteral("[ 总共：") + amount;
+}
+
+QString BatchCopier::destinationFor(const QString& source, const QString& folder, bool copyToSameDir)
+{
+    if (copyToSameDir)
+        return folder + fileNameOf(source);
+    QString below = folderOf(source);
+    const QString root = m_drives.driveName(source);
+    if (!root.isEmpty() && below.startsWith(root))
+        below = below.mid(root.size());
+    while (below.startsWith(QLatin1Char('/')))
+        below.remove(0, 1);
+    return folder + below + fileNameOf(source);
+}
+
+BatchResult BatchCopier::copyingFiles(const QStringList& entries)
+{
+    BatchResult result;
+    QStringList batchFiles;
+    qint64 total = 0;
+    for (const QString& entry : entries) {
+        if (!m_files.exists(entry))
+            continue;
+        IoResult io;
+        const qint64 length = std::max<qint64>(0, m_files.length(entry, io));
+        if (__builtin_add_overflow(total, length, &total)) {
+            m_host.showBox(MessageBox{QStringLiteral("复制的文件数目超出了允许的最大范围！"),
+                QStringLiteral("提醒！"), BoxIcon::Exclamation, BoxButtons::Ok});
+            return result;
+        }
+        batchFiles << entry;
+    }
+    m_counters.totalBytes = total;
+    m_counters.copiedBytes = 0;
+    m_counters.finishedSeconds = 0;
+    m_overwriteAll = false;
+    result.files = int(batchFiles.size());
+
+    bool copyToSameDir = false;
+    QString folder = m_host.chooseBatchFolder(copyToSameDir);
+    if (folder.isEmpty())
+        return result;
+    if (!folder.endsWith(QLatin1Char('/')))
+        folder += QLatin1Char('/');
+
+    if (!isNetworkPath(folder)) {
+        const double free = m_drives.freeBytes(folder);
+        if (free < 0) {
+            m_host.showBox(MessageBox{QStringLiteral("无效的文件保存路径。"), QStringLiteral("Error"),
+                BoxIcon::Exclamation, BoxButtons::Ok});
+            return result;
+        }
+        if (free < double(total)) {
+            // Mount points are case-sensitive: the drive is named as it is.
+            const int answer = m_host.showBox(
+                MessageBox{m_drives.driveName(folder) + QStringLiteral("盘空间不足，请重新选择文件保存路径")
+                        + kCrLf + QStringLiteral("可用空间：") + files::formatWholeMegabytes(qint64(free))
+                        + QStringLiteral("MB") + kCrLf + QStringLiteral("文件容量：")
+                        + files::formatWholeMegabytes(total) + QStringLiteral("MB") + kCrLf + kCrLf
+                        + QStringLiteral("是[Y]：忽略，继续复制") + kCrLf
+                        + QStringLiteral("否[N]：取消复制，重新选择文件保存路径"),
+                    QStringLiteral("提醒！"), BoxIcon::Exclamation, BoxButtons::YesNo});
+            m_state.lastAnswer = answer;
+            if (answer != platform::kAnswerYes)
+                return result;
+        }
+    }
+
+    result.started = true;
+    m_host.startAnimation();
+    const QString totalLabel = totalText(total);
+    for (qsizetype i = 0; i < batchFiles.size(); ++i) {
+        const QString& source = batchFiles[i];
+        const QString destination = destinationFor(source, folder, copyToSameDir);
+        m_host.showFile(QStringLiteral("从“") + source + QStringLiteral("”"),
+            QStringLiteral("到“") + destination + QStringLiteral("”"),
+            QString::number(i + 1) + QLatin1Char('/') + QString::number(batchFiles.size())
+                + QStringLiteral(" ]"),
+            totalLabel);
+        if (!copyToSameDir)
+            m_files.makeFolders(folderOf(destination)); // a failure shows when the file is opened
+
+        bool skipThisFile = false;
+        QString usedDestination = destination;
+        const CopyOutcome outcome = copyOneFile(source, destination, skipThisFile, usedDestination);
+        IoResult io;
+        if (!skipThisFile)
+            m_counters.copiedBytes += std::max<qint64>(0, m_files.length(source, io));
+
+        if (skipThisFile)
+            ++result.skipped;
+        else if (outcome == CopyOutcome::Finished || outcome == CopyOutcome::FinishedWithSkips) {
+            ++result.finished;
+            m_resumeStore.remove(usedDestination);
+        } else if (outcome == CopyOutcome::Failed)
+            ++result.failed;
+
+        const bool stop = m_state.stopRequested;
+        if (stop && m_state.cancelRequested) {
+            m_copier.saveResumeRecord(usedDestination); // with this file's own seconds
+            result.cancelled = true;
+        }
+        m_counters.finishedSeconds += m_state.elapsedSeconds.exchange(0);
+        if (stop)
+            break;
+        m_host.yield();
+    }
+    m_host.stopTimer();
+    m_host.stopAnimation();
+    m_state.stopRequested = false;
+    m_state.cancelRequested = false;
+    m_state.copyRunning = false;
+    return result;
+}
+
+CopyOutcome BatchCopier::startAt(const QString& source, const QString& destination, qint64 position)
+{
+    m_state.position = position;
+    m_state.stopRequested = false;
+    m_state.cancelRequested = false;
+    m_state.copyRunning = true;
+    m_host.enterCopyingState();
+    return m_copier.copyBlocks(source, destination, m_state.blockBytes);
+}
+
+CopyOutcome BatchCopier::copyOneFile(
+    const QString& source, QString destination, bool& skipThisFile, QString& usedDestination)
+{
+    // The read slider does not count in a batch: always 10 blocks.
+    m_state.blockBytes
+        = blockBytesFor(10, source, destination, m_drives, m_platformFamily, m_state.blockBytes);
+    for (;;) {
+        usedDestination = destination;
+        if (!m_files.exists(destination))
+            return startAt(source, destination, 1);
+        if (m_overwriteAll) {
+            m_files.truncate(destination);
+            return startAt(source, destination, 1);
+        }
+        ResumeRecord record;
+        if (m_resumeStore.load(destination, record)) {
+            const int answer = m_host.askContinueCopy(source, destination);
+            m_state.lastAnswer = answer;
+            if (answer == 1) {
+                m_files.truncate(destination);
+                return startAt(source, destination, 1);
+            }
+            if (answer == 2) {
+                m_state.elapsedSeconds = record.elapsedSeconds;
+                return startAt(source, destination, continuePosition(record, destination, m_files));
+            }
+            m_state.stopRequested = true;
+            return CopyOutcome::NotStarted;
+        }
+        const int choice = m_host.askBatchExistingFile(source, destination);
+        m_state.lastAnswer = choice;
+        switch (choice) {
+        case 2:
+            m_overwriteAll = true;
+            [[fallthrough]];
+        case 1:
+            m_files.truncate(destination);
+            return startAt(source, destination, 1);
+        case 3: {
+            IoResult io;
+            if (m_files.length(source, io) == m_files.length(destination, io)) {
+                skipThisFile = true;
+                return CopyOutcome::NotStarted;
+            }
+            // Keep both: the copy goes beside the old file with "N[01]" in front of its name. Should that
+            // exist too, the same question comes for it: nothing is written into a file nobody chose.
+            destination = folderOf(destination) + QStringLiteral("N[01]") + fileNameOf(destination);
+            continue;
+        }
+        default:
+            m_state.stopRequested = true;
+            return CopyOutcome::NotStarted;
+        }
+    }
+}
+
+} // namespace vindaro::copy

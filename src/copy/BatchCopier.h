@@ -1,0 +1,82 @@
+#pragma once
+
+#include "CopySession.h"
+
+#include <QStringList>
+
+namespace vindaro::copy {
+
+// What the batch needs of its window beyond a single copy's host.
+class BatchHost : public CopyHost
+{
+public:
+    // The folder chooser shown together with the same-folder option; empty when the user cancelled.
+    virtual QString chooseBatchFolder(bool& copyToSameDir) = 0;
+    // An existing destination without a resume record: 1 overwrite it, 2 overwrite it and every later one,
+    // 3 keep both, anything else ends the batch.
+    virtual int askBatchExistingFile(const QString& source, const QString& destination) = 0;
+    virtual void startAnimation() = 0;
+    virtual void stopAnimation() = 0;
+    // The labels of the file in hand: "从“…”", "到“…”", "i/n ]" and "[ 总共：…".
+    virtual void showFile(const QString& sourceText, const QString& destinationText, const QString& countText,
+        const QString& totalText)
+        = 0;
+};
+
+// Figures the batch window's one-second tick reads while the batch runs on its worker thread.
+struct BatchCounters
+{
+    std::atomic<qint64> totalBytes{0}; // the lengths of every file that exists
+    std::atomic<qint64> copiedBytes{0}; // the lengths of the files done so far
+    std::atomic<int> finishedSeconds{0}; // the seconds of the files done so far
+};
+
+struct BatchResult
+{
+    bool started = false; // false: nothing to copy, no folder chosen, no room, or a bad folder
+    bool cancelled = false;
+    int files = 0; // files in the batch
+    int finished = 0; // copied to the end (unreadable stretches skipped or not)
+    int skipped = 0; // left alone: the same length was there already
+    int failed = 0;
+};
+
+// Copies every listed file into one folder, file after file, with the block loop of a single copy in its
+// batch mode and the batch's own answers for existing destinations.
+class BatchCopier
+{
+public:
+    BatchCopier(CopyState& state, BatchHost& host, platform::FileLayer& files, ResumeStore& resumeStore,
+        DriveFacts& drives);
+
+    BatchResult copyingFiles(const QStringList& entries);
+
+    // Where a file goes. With `copyToSameDir` straight into `folder`; otherwise into the folders of the
+    // source's own path below its volume, kept under `folder`: /media/cdrom/MPEGAV/AVSEQ01.DAT with the
+    // folder /home/u/out/ goes to /home/u/out/MPEGAV/AVSEQ01.DAT, and a file of the root volume keeps its
+    // whole folder path (/home/u/a.dat -> /home/u/out/home/u/a.dat).
+    QString destinationFor(const QString& source, const QString& folder, bool copyToSameDir);
+
+    // "[ 总共：" and the total as whole MB (from 1,024,000 bytes), whole KB (from 10,240) or bytes.
+    static QString totalText(qint64 totalBytes);
+
+    const BatchCounters& counters() const { return m_counters; }
+    void setPlatformFamily(int family) { m_platformFamily = family; }
+
+private:
+    CopyOutcome copyOneFile(
+        const QString& source, QString destination, bool& skipThisFile, QString& usedDestination);
+    CopyOutcome startAt(const QString& source, const QString& destination, qint64 position);
+
+    CopyState& m_state;
+    BatchHost& m_host;
+    platform::FileLayer& m_files;
+    ResumeStore& m_resumeStore;
+    DriveFacts& m_drives;
+    BlockCopier m_copier;
+    BatchCounters m_counters;
+    int m_platformFamily = 3;
+    bool m_overwriteAll = false;
+};
+
+} // namespace vindaro::copy

@@ -1,0 +1,223 @@
+#include "copy/BatchCopier.h"
+#include "fakes/FakeBatchHost.h"
+#include "fakes/MemoryFileLayer.h"
+#include "platform/Volumes.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+using namespace vindaro::copy;
+namespace fake = vindaro::testing;
+namespace platform = vindaro::platform;
+using fake::ByteRange;
+using fake::positionBytes;
+
+namespace {
+
+class PrefixDrives final : public DriveFacts
+{
+public:
+    double free = 1e12;
+    int driveType(const QString& path) override
+    {
+        if (path.startsWith(QLatin1String("/media/cdrom")))
+            return platform::kDriveCdRom;
+        return path.startsWith(QLatin1Char('/')) ? platform::kDriveFixed : 0;
+    }
+    double freeBytes(const QString& path) override { return path.startsWith(QLatin1Char('/')) ? free : -1; }
+    bool driveIsReady(const QString&) override { return true; }
+    QString driveName(const QString& path) override
+    {
+        return path.startsWith(QLatin1String("/media/cdrom")) ? QStringLiteral("/media/cdrom")
+                                                              : QStringLiteral("/");
+    }
+    bool isFloppy(const QString&) override { return false; }
+};
+
+const QString kA = QStringLiteral("/media/cdrom/MPEGAV/AVSEQ01.DAT");
+const QString kB = QStringLiteral("/media/cdrom/MPEGAV/AVSEQ02.DAT");
+const QString kOut = QStringLiteral("/home/u/out/");
+
+class BatchCopierTest : public ::testing::Test
+{
+protected:
+    fake::MemoryFileLayer files;
+    CopyState state;
+    fake::FakeBatchHost host;
+    fake::MemoryResumeStore store;
+    PrefixDrives drives;
+    BatchCopier batch{state, host, files, store, drives};
+};
+
+TEST_F(BatchCopierTest, AListOfVanishedFilesCopiesNothing)
+{
+    const BatchResult r = batch.copyingFiles({kA, kB});
+    EXPECT_EQ(r.files, 0);
+    EXPECT_EQ(r.finished, 0);
+    EXPECT_EQ(files.readCount(), 0);
+    EXPECT_EQ(batch.counters().totalBytes, 0);
+}
+
+TEST_F(BatchCopierTest, DestinationsKeepTheSourceFoldersBelowTheVolumeUnlessSameFolder)
+{
+    EXPECT_EQ(batch.destinationFor(kA, kOut, true), kOut + QStringLiteral("AVSEQ01.DAT"));
+    EXPECT_EQ(batch.destinationFor(kA, kOut, false), kOut + QStringLiteral("MPEGAV/AVSEQ01.DAT"));
+    EXPECT_EQ(batch.destinationFor(QStringLiteral("/media/cdrom/x.dat"), kOut, false),
+        kOut + QStringLiteral("x.dat"));
+    EXPECT_EQ(batch.destinationFor(QStringLiteral("/home/u/a.dat"), kOut, false),
+        kOut + QStringLiteral("home/u/a.dat"));
+
+    files.put(kA, positionBytes(5000));
+    host.sameDir = false;
+    host.folder = QStringLiteral("/home/u/out"); // no closing slash: one is added
+    const BatchResult r = batch.copyingFiles({kA});
+    EXPECT_EQ(r.finished, 1);
+    EXPECT_EQ(files.bytes(kOut + QStringLiteral("MPEGAV/AVSEQ01.DAT")), positionBytes(5000));
+    EXPECT_TRUE(files.foldersMade().contains(kOut + QStringLiteral("MPEGAV/")));
+    EXPECT_EQ(host.shownFiles.first(),
+        QStringLiteral("从“") + kA + QStringLiteral("”|到“") + kOut
+            + QStringLiteral("MPEGAV/AVSEQ01.DAT”|1/1 ]|[ 总共：5,000 字节"));
+    EXPECT_TRUE(host.base.boxes.isEmpty()); // no finish box in a batch
+    EXPECT_TRUE(host.base.entries.isEmpty());
+}
+
+TEST_F(BatchCopierTest, TotalTextSwitchesUnitsAtItsThresholds)
+{
+    EXPECT_EQ(BatchCopier::totalText(10239), QStringLiteral("[ 总共：10,239 字节"));
+    EXPECT_EQ(BatchCopier::totalText(10240), QStringLiteral("[ 总共：10 KB"));
+    EXPECT_EQ(BatchCopier::totalText(1023999), QStringLiteral("[ 总共：999 KB"));
+    EXPECT_EQ(BatchCopier::totalText(1024000), QStringLiteral("[ 总共：0 MB"));
+    EXPECT_EQ(BatchCopier::totalText(5LL * 1024 * 1024 * 1024), QStringLiteral("[ 总共：5,120 MB"));
+}
+
+TEST_F(BatchCopierTest, KeepBothSkipsEqualLengthsAndCopiesOthersUnderANewName)
+{
+    files.put(kA, positionBytes(3000));
+    files.put(kB, positionBytes(4000));
+    files.put(kOut + QStringLiteral("AVSEQ01.DAT"), QByteArray(3000, 'x')); // same length
+    files.put(kOut + QStringLiteral("AVSEQ02.DAT"), QByteArray(10, 'x')); // different length
+    host.batchAnswers = {3, 3};
+
+    const BatchResult r = batch.copyingFiles({kA, kB});
+    EXPECT_EQ(r.skipped, 1);
+    EXPECT_EQ(r.finished, 1);
+    EXPECT_EQ(files.bytes(kOut + QStringLiteral("AVSEQ01.DAT")), QByteArray(3000, 'x'));
+    EXPECT_EQ(files.bytes(kOut + QStringLiteral("AVSEQ02.DAT")), QByteArray(10, 'x'));
+    EXPECT_EQ(files.bytes(kOut + QStringLiteral("N[01]AVSEQ02.DAT")), positionBytes(4000));
+    EXPECT_EQ(batch.counters().copiedBytes, 4000); // the skipped file is not counted
+    EXPECT_EQ(batch.counters().totalBytes, 7000);
+}
+
+TEST_F(BatchCopierTest, OverwriteAllAnswersEveryLaterConflict)
+{
+    QStringList list;
+    for (int i = 0; i < 4; ++i) {
+        const QString src = QStringLiteral("/media/cdrom/f%1.dat").arg(i);
+        files.put(src, positionBytes(100 + i));
+        files.put(kOut + QStringLiteral("f%1.dat").arg(i), QByteArray(500, 'o'));
+        list << src;
+    }
+    host.batchAnswers = {2};
+    const BatchResult r = batch.copyingFiles(list);
+    EXPECT_EQ(host.batchAsked, 1);
+    EXPECT_EQ(r.finished, 4);
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(
+            files.bytes(kOut + QStringLiteral("f%1.dat").arg(i)), positionBytes(100 + i)); // emptied first
+}
+
+TEST_F(BatchCopierTest, CancelKeepsThePartialFileWithAResumeRecord)
+{
+    files.put(kA, positionBytes(500000));
+    files.put(kB, positionBytes(500000));
+    host.base.onYield = [&] {
+        if (host.base.yields == 3) {
+            state.stopRequested = true;
+            state.cancelRequested = true;
+        }
+    };
+    state.elapsedSeconds = 0;
+    const BatchResult r = batch.copyingFiles({kA, kB});
+    EXPECT_TRUE(r.cancelled);
+    const QString dest = kOut + QStringLiteral("AVSEQ01.DAT");
+    const qint64 partial = files.bytes(dest).size();
+    EXPECT_EQ(partial, 3 * 40960 + 1);
+    ASSERT_TRUE(store.records.contains(dest));
+    EXPECT_EQ(store.records[dest].continuePosition, partial);
+    EXPECT_FALSE(files.contains(kOut + QStringLiteral("AVSEQ02.DAT")));
+    EXPECT_TRUE(host.base.boxes.isEmpty()); // no delete question in a batch
+}
+
+TEST_F(BatchCopierTest, UnreadableStretchSkipsEightyBlocksWithoutALogEntry)
+{
+    const QByteArray data = positionBytes(4'000'000);
+    files.put(kA, data);
+    files.faults(kA).badReads = {ByteRange{100000, 1}}; // in the round at position 81921
+    const BatchResult r = batch.copyingFiles({kA});
+    EXPECT_EQ(r.finished, 1);
+    const QByteArray out = files.bytes(kOut + QStringLiteral("AVSEQ01.DAT"));
+    ASSERT_EQ(out.size(), data.size());
+    const qint64 resumeAt = 81921 + 80 * 40960;
+    EXPECT_EQ(out.sliced(resumeAt - 1), data.sliced(resumeAt - 1));
+    EXPECT_EQ(out.sliced(81921, resumeAt - 1 - 81921), QByteArray(resumeAt - 1 - 81921, '\0'));
+    EXPECT_TRUE(host.base.entries.isEmpty());
+}
+
+// Sharing and record failures go on with the next file; a full disk ends the batch and keeps a record.
+TEST_F(BatchCopierTest, FailuresEitherGoOnOrEndTheBatch)
+{
+    const QString head
+        = QStringLiteral("复制文件“") + kA + QStringLiteral("”时遇到错误。\r\n") + QString(22, ' ');
+    const struct
+    {
+        int error;
+        QString cause;
+        bool endsBatch;
+    } rows[] = {
+        {EACCES, QStringLiteral("错误原因：共享冲突,源文件或目标文件可能正在使用。"), false},
+        {ESPIPE, QStringLiteral("错误原因：未知错误，请检查文件访问权限。"), false},
+        {ENOSPC, QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来复制文件。"), true},
+        {ENOMEDIUM, QStringLiteral("错误原因：复制文件被意外地终止，可能是光驱中没有光盘。"), true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.error);
+        files.reset();
+        store.records.clear();
+        host = {};
+        files.put(kA, positionBytes(200000));
+        files.put(kB, positionBytes(1000));
+        const QString destA = kOut + QStringLiteral("AVSEQ01.DAT");
+        files.put(destA, QByteArray());
+        files.faults(destA).writeLimit = 50000;
+        files.faults(destA).writeErrno = row.error;
+        host.batchAnswers = {1};
+
+        const BatchResult r = batch.copyingFiles({kA, kB});
+        EXPECT_EQ(host.base.entries, QStringList{head + row.cause});
+        EXPECT_EQ(files.contains(kOut + QStringLiteral("AVSEQ02.DAT")), !row.endsBatch);
+        EXPECT_EQ(r.cancelled, row.endsBatch);
+        EXPECT_EQ(store.records.contains(destA), row.endsBatch);
+        EXPECT_FALSE(state.copyRunning);
+    }
+}
+
+TEST_F(BatchCopierTest, TooLittleRoomAsksWithTheBatchTotal)
+{
+    files.putGenerated(kA, 700LL * 1024 * 1024);
+    drives.free = 500.0 * 1024 * 1024;
+    host.base.answers = {platform::kAnswerNo};
+    const BatchResult r = batch.copyingFiles({kA});
+    EXPECT_FALSE(r.started);
+    EXPECT_EQ(host.base.boxes.first().text,
+        QStringLiteral("/盘空间不足，请重新选择文件保存路径\r\n可用空间：500MB\r\n文件容量：700MB\r\n\r\n"
+                       "是[Y]：忽略，继续复制\r\n否[N]：取消复制，重新选择文件保存路径"));
+    EXPECT_EQ(files.readCount(), 0);
+
+    host = {};
+    host.folder = QStringLiteral("relative/out");
+    EXPECT_FALSE(batch.copyingFiles({kA}).started);
+    EXPECT_EQ(host.base.boxes.first().text, QStringLiteral("无效的文件保存路径。"));
+}
+
+} // namespace
