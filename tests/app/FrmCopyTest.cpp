@@ -1,0 +1,453 @@
+#include "app/FrmCopy.h"
+#include "app/BoxPresenter.h"
+#include "app/CopyChoices.h"
+#include "app/OperationLogModel.h"
+#include "copy/ui/ProgressBar.h"
+#include "copy/ui/ThreadedCopyHost.h"
+#include "fakes/FakeCopyHost.h"
+#include "fakes/MemoryFileLayer.h"
+#include "platform/Volumes.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSemaphore>
+#include <QSignalSpy>
+#include <QSlider>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+
+#include <gtest/gtest.h>
+
+using namespace vindaro;
+using app::FrmCopy;
+using copy::CopyOutcome;
+using vindaro::testing::MemoryFileLayer;
+using vindaro::testing::MemoryResumeStore;
+using vindaro::testing::positionBytes;
+
+namespace {
+
+constexpr int kWaitMs = 10000;
+constexpr qint64 kBlock = 40960; // 10 blocks of 4096 from an optical drive
+const QString kSource = QStringLiteral("/media/cdrom/MPEGAV/AVSEQ01.DAT");
+const QString kDestination = QStringLiteral("/home/user/video/a.dat");
+
+class ScriptedBoxes final : public app::BoxPresenter
+{
+public:
+    QList<platform::MessageBox> shown;
+    QList<int> answers; // for Yes/No questions, in order; No once they run out
+    std::function<void(const platform::MessageBox&)> onBox;
+
+    int present(const platform::MessageBox& box, QWidget*) override
+    {
+        shown.append(box);
+        if (onBox)
+            onBox(box);
+        if (box.buttons == platform::BoxButtons::Ok)
+            return platform::kAnswerOk;
+        return answers.isEmpty() ? platform::kAnswerNo : answers.takeFirst();
+    }
+};
+
+class ScriptedChoices final : public app::CopyChoices
+{
+public:
+    int askContinueCopy(const QString&, const QString&, QWidget*) override { return 0; }
+    int askExistingFile(const QString&, const QString&, QString&, QWidget*) override { return 0; }
+};
+
+// Every path is on a ready optical drive with room to spare.
+class CdRomDrives final : public copy::DriveFacts
+{
+public:
+    int driveType(const QString&) override { return platform::kDriveCdRom; }
+    double freeBytes(const QString&) override { return 1e12; }
+    bool driveIsReady(const QString&) override { return true; }
+    QString driveName(const QString&) override { return QStringLiteral("/media/cdrom"); }
+    bool isFloppy(const QString&) override { return false; }
+};
+
+// One read of the source hangs until the test lets it go.
+struct HangingRead
+{
+    QSemaphore entered;
+    QSemaphore release;
+
+    void install(MemoryFileLayer& files, qint64 offset)
+    {
+        files.setReadHook([this, offset](const QString& path, qint64 at, qint64) {
+            if (path == kSource && at == offset) {
+                entered.release();
+                release.acquire();
+            }
+        });
+    }
+    bool waitEntered()
+    {
+        return QTest::qWaitFor([this] { return entered.available() > 0; }, kWaitMs);
+    }
+};
+
+struct Rig
+{
+    MemoryFileLayer files;
+    MemoryResumeStore store;
+    CdRomDrives drives;
+    ScriptedBoxes boxes;
+    ScriptedChoices choices;
+    app::OperationLogModel log;
+    int second = 0; // the pinned clock's second of the minute
+    FrmCopy frm{app::FrmCopyServices{files, store, drives, boxes, choices, log, [this] { return second; }}};
+    QSignalSpy finished{&frm, &FrmCopy::copyJobFinished};
+
+    Rig()
+    {
+        frm.show();
+        combo()->setEditText(kSource);
+        text("txtFileCopy")->setText(kDestination);
+    }
+    template<typename T = QWidget> T* child(const char* name)
+    {
+        T* found = frm.findChild<T*>(QLatin1String(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+    QLabel* label(const char* name) { return child<QLabel>(name); }
+    QLineEdit* text(const char* name) { return child<QLineEdit>(name); }
+    QComboBox* combo() { return child<QComboBox>("cmbFileCopy"); }
+    QPushButton* button(const char* name) { return child<QPushButton>(name); }
+    void click(const char* name) { QTest::mouseClick(child<QWidget>(name), Qt::LeftButton); }
+    QTimer* timer() { return frm.findChild<QTimer*>(QStringLiteral("tmrTime")); }
+    int waitForOutcome()
+    {
+        if (finished.isEmpty() && !finished.wait(kWaitMs))
+            return -1;
+        return finished.takeFirst().at(0).toInt();
+    }
+    QStringList figures()
+    {
+        return {label("lblYiFuZhi")->text(), label("lblZongJiHaoShi")->text(),
+            label("lblShengYuShiJian")->text(), label("lblGuJiXiaoHao")->text(),
+            label("lblShuJuLiuLiang")->text()};
+    }
+};
+
+const QStringList kIdleFigures{QStringLiteral("0字节"), QStringLiteral("00:00:00"),
+    QStringLiteral("00:00:00"), QStringLiteral("00:00:00"), QStringLiteral("0KB/秒")};
+
+TEST(FrmCopy, StartsIdleWithItsCaptionsAndDefaults)
+{
+    Rig rig;
+    EXPECT_EQ(rig.button("cmdSourceFile")->text(), "要拷贝的文件[&F]");
+    EXPECT_EQ(rig.button("cmdDestinationPath")->text(), "文件保存路径[&P]");
+    EXPECT_EQ(rig.button("cmdStartCopy")->text(), "开始复制[&B]");
+    EXPECT_EQ(rig.button("cmdPauseCopy")->text(), "暂停复制[&S]");
+    EXPECT_EQ(rig.button("cmdCancelCopy")->text(), "取消复制[&C]");
+    EXPECT_EQ(rig.button("cmdBackCopy")->text(), "返回设置>>");
+    EXPECT_EQ(rig.button("cmdPauseCopy")->toolTip(), "暂停/继续复制文件");
+    EXPECT_EQ(rig.child<QSlider>("sldReadBlocks")->toolTip(), "如果盘片质量不太好，建议块数设小一点");
+    EXPECT_EQ(rig.figures(), kIdleFigures);
+    EXPECT_EQ(rig.label("lblBlock1")->text(), "10块");
+    EXPECT_EQ(rig.label("lblBlock2")->text(), "10块");
+    ASSERT_NE(rig.timer(), nullptr);
+    EXPECT_EQ(rig.timer()->interval(), 1000);
+    EXPECT_FALSE(rig.timer()->isActive());
+    EXPECT_FALSE(rig.button("cmdPauseCopy")->isEnabled());
+    EXPECT_TRUE(rig.child("Picture1")->isVisible());
+    EXPECT_FALSE(rig.child("Picture2")->isVisible());
+
+    // The destination's tooltip follows its whole text.
+    EXPECT_EQ(rig.text("txtFileCopy")->toolTip(), kDestination);
+}
+
+TEST(FrmCopy, SlidersOnTheSettingsPanelSetBlocks)
+{
+    Rig rig;
+    auto* read = rig.child<QSlider>("sldReadBlocks");
+    auto* skip = rig.child<QSlider>("sldSkipBlocks");
+    EXPECT_EQ(read->maximum(), 100);
+    EXPECT_EQ(read->minimum(), 1);
+    EXPECT_EQ(skip->maximum(), 30);
+    EXPECT_EQ(skip->minimum(), 1);
+
+    rig.click("picSetUp");
+    EXPECT_TRUE(rig.child("Picture2")->isVisible());
+    EXPECT_FALSE(rig.child("Picture1")->isVisible());
+
+    read->setFocus();
+    for (int i = 0; i < 5; ++i)
+        QTest::keyClick(read, Qt::Key_Left);
+    EXPECT_EQ(rig.label("lblBlock1")->text(), "5块");
+    EXPECT_EQ(rig.frm.copyState().readBlocks, 5);
+    EXPECT_EQ(rig.frm.copyState().blockBytes, 5 * 4096);
+
+    rig.combo()->setEditText(QStringLiteral("/media/cdrom/VIDEO_TS/VTS_01_1.vob"));
+    read->setValue(10);
+    EXPECT_EQ(rig.frm.copyState().blockBytes, 51200); // DVD sectors
+
+    const qint64 positionBefore = rig.frm.copyState().position;
+    skip->setValue(7);
+    EXPECT_EQ(rig.label("lblBlock2")->text(), "7块");
+    EXPECT_EQ(rig.frm.copyState().skipBlocks, 7);
+    EXPECT_EQ(rig.frm.copyState().position, positionBefore); // idle: only the distance is kept
+
+    rig.click("cmdBackCopy");
+    EXPECT_TRUE(rig.child("Picture1")->isVisible());
+    EXPECT_FALSE(rig.child("Picture2")->isVisible());
+    EXPECT_TRUE(rig.child("picSetUp")->isEnabled());
+}
+
+enum class Switch
+{
+    Copying,
+    Idle,
+    Reset
+};
+
+class StateSwitch : public ::testing::TestWithParam<Switch>
+{
+};
+
+TEST_P(StateSwitch, SetsEveryControlOfTheTable)
+{
+    Rig rig;
+    copy::CopyState& state = rig.frm.copyState();
+    const Switch which = GetParam();
+    const bool copying = which == Switch::Copying;
+    // Start from the other state, with figures on show.
+    if (copying) {
+        rig.frm.enterIdleState();
+    } else {
+        rig.frm.enterCopyingState();
+        state.stopRequested = true;
+        state.cancelRequested = true;
+        state.elapsedSeconds = 9; // the tick makes it 10
+        state.position = 10485761;
+        state.sourceLength = 20971522;
+        rig.frm.updateProgress(10485761, 20971522);
+        rig.frm.tmrTimeTimer();
+    }
+    const QStringList figuresBefore = rig.figures();
+
+    switch (which) {
+    case Switch::Copying:
+        rig.frm.enterCopyingState();
+        break;
+    case Switch::Idle:
+        rig.frm.enterIdleState();
+        break;
+    case Switch::Reset:
+        rig.frm.resetAfterCancel();
+        break;
+    }
+
+    for (const char* name : {"cmbFileCopy", "txtFileCopy", "cmdStartCopy", "cmdSourceFile",
+             "cmdDestinationPath", "picVTitleBar", "picRefresh", "picSearch", "picSetUp", "picWatch"})
+        EXPECT_EQ(rig.child(name)->isEnabled(), !copying) << name;
+    EXPECT_EQ(rig.child("cmdPauseCopy")->isEnabled(), copying);
+    EXPECT_EQ(rig.child("cmdCancelCopy")->isEnabled(), copying);
+    EXPECT_EQ(rig.timer()->isActive(), copying);
+    EXPECT_EQ(state.copyRunning, copying);
+    EXPECT_FALSE(state.stopRequested);
+    EXPECT_FALSE(state.cancelRequested);
+
+    if (which == Switch::Copying) {
+        EXPECT_EQ(rig.figures(), figuresBefore);
+        return;
+    }
+    EXPECT_EQ(state.elapsedSeconds, 0);
+    EXPECT_TRUE(rig.child<copy::ProgressBar>("picProgressBar")->text().isEmpty());
+    if (which == Switch::Idle) {
+        EXPECT_EQ(rig.figures(), figuresBefore); // the final figures stay readable
+        EXPECT_EQ(figuresBefore[4], "1,024KB/秒");
+    } else {
+        EXPECT_EQ(rig.figures(), kIdleFigures);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, StateSwitch, ::testing::Values(Switch::Copying, Switch::Idle, Switch::Reset));
+
+TEST(FrmCopy, TickCountsSecondsAcrossTheMinuteAndShowsFigures)
+{
+    Rig rig;
+    copy::CopyState& state = rig.frm.copyState();
+    rig.second = 57;
+    rig.frm.enterCopyingState();
+    state.position = 4; // slower than a byte per second so far
+    state.sourceLength = 1000;
+    for (int second : {58, 59, 0, 1, 1}) {
+        rig.second = second;
+        rig.frm.tmrTimeTimer();
+    }
+    EXPECT_EQ(state.elapsedSeconds, 5);
+    EXPECT_EQ(rig.label("lblZongJiHaoShi")->text(), "00:00:05");
+    EXPECT_EQ(rig.label("lblShengYuShiJian")->text(), "--:--:--");
+    EXPECT_EQ(rig.label("lblGuJiXiaoHao")->text(), "--:--:--");
+
+    state.position = 10485761;
+    state.sourceLength = 20971522;
+    state.elapsedSeconds = 9;
+    rig.frm.tmrTimeTimer(); // same second: counts one
+    EXPECT_EQ(rig.label("lblZongJiHaoShi")->text(), "00:00:10");
+    EXPECT_EQ(rig.label("lblShuJuLiuLiang")->text(), "1,024KB/秒");
+    EXPECT_EQ(rig.label("lblShengYuShiJian")->text(), "00:00:10");
+    EXPECT_EQ(rig.label("lblGuJiXiaoHao")->text(), "00:00:20");
+    EXPECT_EQ(state.remainingSeconds, 10);
+    EXPECT_EQ(state.estimatedSeconds, 20);
+
+    state.elapsedSeconds = 3724;
+    rig.frm.tmrTimeTimer();
+    EXPECT_EQ(rig.label("lblZongJiHaoShi")->text(), "01:02:05");
+}
+
+TEST(FrmCopy, ExitIsRefusedSilentlyDuringACopyAndAskedOtherwise)
+{
+    Rig rig;
+    rig.frm.copyState().copyRunning = true;
+    EXPECT_FALSE(rig.frm.close());
+    EXPECT_TRUE(rig.boxes.shown.isEmpty());
+
+    rig.frm.copyState().copyRunning = false;
+    rig.boxes.answers = {platform::kAnswerNo, platform::kAnswerYes};
+    EXPECT_FALSE(rig.frm.close());
+    ASSERT_EQ(rig.boxes.shown.size(), 1);
+    const platform::MessageBox& box = rig.boxes.shown[0];
+    EXPECT_EQ(box.text, "真的要退出Vindaro吗？");
+    EXPECT_EQ(box.title, "提醒！");
+    EXPECT_EQ(box.icon, platform::BoxIcon::Exclamation);
+    EXPECT_EQ(box.buttons, platform::BoxButtons::YesNo);
+    EXPECT_EQ(rig.frm.copyState().lastAnswer, platform::kAnswerNo);
+    EXPECT_TRUE(rig.frm.isVisible());
+
+    EXPECT_TRUE(rig.frm.close());
+    EXPECT_EQ(rig.frm.copyState().lastAnswer, platform::kAnswerYes);
+}
+
+// A copy paused in a hanging read, skipped on by 3 blocks from the settings panel, and continued: the
+// skipped stretch stays zero in the destination and the rest arrives.
+TEST(FrmCopy, PauseSkipAndContinue)
+{
+    Rig rig;
+    const qint64 length = 20 * kBlock + 1;
+    rig.files.put(kSource, positionBytes(length));
+    HangingRead hang;
+    hang.install(rig.files, 2 * kBlock);
+
+    rig.click("cmdStartCopy");
+    ASSERT_TRUE(hang.waitEntered());
+    EXPECT_EQ(rig.frm.copyState().blockBytes, kBlock);
+    EXPECT_EQ(rig.frm.mode(), FrmCopy::Mode::Copying);
+    EXPECT_FALSE(rig.child("picSetUp")->isEnabled());
+    EXPECT_FALSE(rig.frm.close()); // nothing asked during a copy
+    EXPECT_TRUE(rig.boxes.shown.isEmpty());
+
+    rig.click("cmdPauseCopy");
+    EXPECT_EQ(rig.button("cmdPauseCopy")->text(), "继续复制[&P]");
+    EXPECT_FALSE(rig.button("cmdCancelCopy")->isEnabled());
+    EXPECT_TRUE(rig.child("picSetUp")->isEnabled());
+    EXPECT_FALSE(rig.button("cmdPauseCopy")->isEnabled()); // until the hanging block is done
+
+    rig.boxes.answers = {platform::kAnswerNo}; // closing while paused asks; stay
+    EXPECT_FALSE(rig.frm.close());
+    ASSERT_EQ(rig.boxes.shown.size(), 1);
+    EXPECT_EQ(rig.boxes.shown[0].text, "真的要退出Vindaro吗？");
+
+    hang.release.release();
+    EXPECT_EQ(rig.waitForOutcome(), int(CopyOutcome::Paused));
+    EXPECT_TRUE(rig.button("cmdPauseCopy")->isEnabled());
+    EXPECT_EQ(rig.frm.copyState().position, 3 * kBlock + 1);
+
+    rig.click("picSetUp");
+    auto* skip = rig.child<QSlider>("sldSkipBlocks");
+    skip->setValue(13);
+    EXPECT_EQ(rig.frm.copyState().position, 3 * kBlock + 1 + 122880);
+    skip->setValue(11); // down: no step back
+    EXPECT_EQ(rig.frm.copyState().position, 6 * kBlock + 1);
+    rig.click("cmdBackCopy");
+
+    rig.boxes.answers = {platform::kAnswerNo}; // the destination exists: append, do not overwrite
+    rig.click("cmdPauseCopy");
+    EXPECT_EQ(rig.waitForOutcome(), int(CopyOutcome::Finished));
+    ASSERT_GE(rig.boxes.shown.size(), 3);
+    EXPECT_TRUE(rig.boxes.shown[1].text.contains("该文件已经存在，是否覆盖或以追加方式继续复制？"));
+    EXPECT_EQ(rig.boxes.shown.last().title, "文件复制完成！");
+
+    const QByteArray source = positionBytes(length);
+    const QByteArray copied = rig.files.bytes(kDestination);
+    ASSERT_EQ(copied.size(), length);
+    EXPECT_EQ(copied.left(3 * kBlock + 1), source.left(3 * kBlock + 1));
+    EXPECT_EQ(copied.mid(3 * kBlock + 1, 3 * kBlock - 1), QByteArray(3 * kBlock - 1, '\0'));
+    EXPECT_EQ(copied.mid(6 * kBlock), source.mid(6 * kBlock));
+    EXPECT_EQ(rig.frm.mode(), FrmCopy::Mode::Idle);
+    EXPECT_EQ(rig.button("cmdPauseCopy")->text(), "暂停复制[&S]");
+}
+
+// After a finished copy the figures stay as they were at the end; the copied figure shows the whole size.
+TEST(FrmCopy, FinishedCopyKeepsItsFigures)
+{
+    Rig rig;
+    const qint64 length = 4 * kBlock + 1;
+    rig.files.put(kSource, positionBytes(length));
+    HangingRead hang;
+    hang.install(rig.files, 2 * kBlock);
+    QStringList atFinish;
+    rig.boxes.onBox = [&](const platform::MessageBox& box) {
+        if (box.title == QStringLiteral("文件复制完成！"))
+            atFinish = rig.figures();
+    };
+
+    rig.click("cmdStartCopy");
+    ASSERT_TRUE(hang.waitEntered());
+    rig.second = 5; // five seconds after the start
+    rig.frm.tmrTimeTimer();
+    hang.release.release();
+    EXPECT_EQ(rig.waitForOutcome(), int(CopyOutcome::Finished));
+
+    EXPECT_EQ(rig.figures(), atFinish);
+    EXPECT_EQ(rig.label("lblYiFuZhi")->text(), "163,841字节");
+    EXPECT_NE(rig.label("lblZongJiHaoShi")->text(), "00:00:00");
+    EXPECT_NE(rig.label("lblShuJuLiuLiang")->text(), "0KB/秒");
+    ASSERT_FALSE(rig.log.entries().isEmpty());
+    EXPECT_TRUE(rig.log.entries().last().contains("被成功地复制到："));
+    EXPECT_TRUE(rig.log.entries().last().endsWith(QStringLiteral("存取速度：") + atFinish[4]));
+    EXPECT_TRUE(rig.child("cmdStartCopy")->isEnabled());
+    EXPECT_FALSE(rig.timer()->isActive());
+}
+
+// A cancel answered with deletion removes the partial file and puts the figures back to their idle texts.
+TEST(FrmCopy, CancelWithDeletionResetsTheFigures)
+{
+    Rig rig;
+    rig.files.put(kSource, positionBytes(8 * kBlock + 1));
+    HangingRead hang;
+    hang.install(rig.files, 2 * kBlock);
+
+    rig.click("cmdStartCopy");
+    ASSERT_TRUE(hang.waitEntered());
+    rig.second = 3;
+    rig.frm.tmrTimeTimer();
+    EXPECT_NE(rig.figures(), kIdleFigures);
+    rig.boxes.answers = {platform::kAnswerYes};
+    rig.click("cmdCancelCopy");
+    hang.release.release();
+    EXPECT_EQ(rig.waitForOutcome(), int(CopyOutcome::Cancelled));
+
+    ASSERT_EQ(rig.boxes.shown.size(), 1);
+    EXPECT_EQ(rig.boxes.shown[0].text, kDestination + QStringLiteral("\r\n该文件已经存在，是否删除？"));
+    EXPECT_EQ(rig.figures(), kIdleFigures);
+    EXPECT_FALSE(rig.files.contains(kDestination));
+    EXPECT_TRUE(rig.log.entries().contains(QStringLiteral("取消复制：") + kSource));
+    EXPECT_EQ(rig.frm.mode(), FrmCopy::Mode::Idle);
+    EXPECT_TRUE(rig.child("cmdStartCopy")->isEnabled());
+}
+
+TEST(BoxPresenter, ShowsCrLfAsOneLineBreak)
+{
+    EXPECT_EQ(app::displayText(QStringLiteral("a\r\nb\r\n\r\nc")), "a\nb\n\nc");
+}
+
+} // namespace
