@@ -16,6 +16,7 @@ class DeviceReader
 public:
     static constexpr qint64 kWindowBytes = 64 * 1024;
     static constexpr qint64 kMaxReadBytes = 1024 * 1024; // no single record we read is larger
+    static constexpr qint64 kScanBytes = 1024 * 1024; // read size of indexOf()
 
     explicit DeviceReader(QIODevice& device); // the device is open for reading
     // The device's size when the reader was made.
@@ -24,6 +25,7 @@ public:
     // read error; empty for a negative offset or length.
     QByteArray readAt(qint64 offset, qint64 length);
     // Offset of the first byte equal to `value` in [from, to), or -1 when there is none or a read fails.
+    // Reads the device directly in kScanBytes steps, bypassing the window.
     qint64 indexOf(char value, qint64 from, qint64 to);
 
 private:
