@@ -115,6 +115,7 @@ FrmCopy::FrmCopy(const FrmCopyServices& services, QWidget* parent)
     connect(m_sldReadBlocks, &QSlider::valueChanged, this, &FrmCopy::sldReadBlocksChange);
     connect(m_sldSkipBlocks, &QSlider::valueChanged, this, &FrmCopy::sldSkipBlocksChange);
 
+    m_cmbFileCopy->setEditText(m_services.fileListText.trimmed());
     attachToolTips();
     setControlsForCopying(false);
     resetFigures();

@@ -40,6 +40,8 @@ struct FrmCopyServices
     OperationLogModel& log;
     // The second of the minute (0..59) now; the wall clock when empty. Tests pin it.
     std::function<int()> clockSecond = {};
+    // The file list's first text: the report on optical drives that are not ready (empty when all are).
+    QString fileListText = {};
 };
 
 // The main copy window: source and destination, start, pause/continue and cancel, the read and skip

@@ -5,6 +5,8 @@
 #include "FrmCopy.h"
 #include "OperationLogModel.h"
 #include "copy/FileResumeStore.h"
+#include "drives/CDRomDriveControl.h"
+#include "platform/linux/LinuxOpticalDrives.h"
 #include "platform/linux/LinuxVolumes.h"
 #include "platform/linux/LocalFileLayer.h"
 #include "platform/linux/ui/LinuxShell.h"
@@ -26,7 +28,10 @@ int main(int argc, char** argv)
     vindaro::app::DialogCopyChoices choices(&resumeStore);
     vindaro::app::OperationLogModel log;
 
-    vindaro::app::FrmCopy window({files, resumeStore, drives, boxes, choices, log});
+    vindaro::platform::LinuxOpticalDrives opticalDrives;
+    const QString cdRomReport = vindaro::drives::CDRomDriveControl(opticalDrives).GetCDRomInforStr();
+
+    vindaro::app::FrmCopy window({files, resumeStore, drives, boxes, choices, log, {}, cdRomReport});
     window.show();
     return app.exec();
 }

@@ -101,11 +101,13 @@ struct Rig
     ScriptedChoices choices;
     app::OperationLogModel log;
     int second = 0; // the pinned clock's second of the minute
-    FrmCopy frm{app::FrmCopyServices{files, store, drives, boxes, choices, log, [this] { return second; }}};
+    FrmCopy frm{app::FrmCopyServices{files, store, drives, boxes, choices, log, [this] { return second; },
+        QStringLiteral("光盘驱动器/dev/sr0还没有准备好\r\n")}};
     QSignalSpy finished{&frm, &FrmCopy::copyJobFinished};
 
     Rig()
     {
+        EXPECT_EQ(combo()->currentText(), "光盘驱动器/dev/sr0还没有准备好"); // the drive report comes first
         frm.show();
         combo()->setEditText(kSource);
         text("txtFileCopy")->setText(kDestination);
