@@ -26,6 +26,19 @@ QString folderOf(const QString& path)
 
 } // namespace
 
+BatchFigures computeBatchFigures(const BatchCounters& counters, qint64 position, int currentFileSeconds)
+{
+    BatchFigures f;
+    f.copiedBytes = counters.copiedBytes + std::max<qint64>(0, position);
+    f.batchSeconds = qint64(counters.finishedSeconds) + currentFileSeconds;
+    if (f.batchSeconds > 0 && f.copiedBytes > 0) {
+        const double bytesPerSecond = double(f.copiedBytes) / double(f.batchSeconds);
+        f.estimatedSeconds = roundHalfEven(double(counters.totalBytes) / bytesPerSecond);
+        f.kilobytesPerSecond = f.copiedBytes / 1024 / f.batchSeconds;
+    }
+    return f;
+}
+
 BatchCopier::BatchCopier(CopyState& state, BatchHost& host, platform::FileLayer& files,
     ResumeStore& resumeStore, DriveFacts& drives)
     : m_state(state)
@@ -119,6 +132,7 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
     }
 
     result.started = true;
+    m_files.makeFolders(folder); // a folder typed on the command line may not exist yet
     m_host.startAnimation();
     const QString totalLabel = totalText(total);
     for (qsizetype i = 0; i < batchFiles.size(); ++i) {
@@ -143,6 +157,7 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
             ++result.skipped;
         else if (outcome == CopyOutcome::Finished || outcome == CopyOutcome::FinishedWithSkips) {
             ++result.finished;
+            result.withSkips += outcome == CopyOutcome::FinishedWithSkips ? 1 : 0;
             m_resumeStore.remove(usedDestination);
         } else if (outcome == CopyOutcome::Failed)
             ++result.failed;

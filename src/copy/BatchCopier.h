@@ -39,7 +39,19 @@ struct BatchResult
     int finished = 0; // copied to the end (unreadable stretches skipped or not)
     int skipped = 0; // left alone: the same length was there already
     int failed = 0;
+    int withSkips = 0; // finished, with unreadable stretches left as zeros
 };
+
+// The batch's one-second figures: bytes of the whole batch so far, seconds of the finished files plus the
+// current one, the estimated total time (-1 until something was copied) and whole KB per second.
+struct BatchFigures
+{
+    qint64 copiedBytes = 0;
+    qint64 batchSeconds = 0;
+    qint64 estimatedSeconds = -1;
+    qint64 kilobytesPerSecond = 0;
+};
+BatchFigures computeBatchFigures(const BatchCounters& counters, qint64 position, int currentFileSeconds);
 
 // Copies every listed file into one folder, file after file, with the block loop of a single copy in its
 // batch mode and the batch's own answers for existing destinations.

@@ -1,5 +1,7 @@
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -164,6 +166,50 @@ TEST_F(CopyToolTest, UsageErrorsAndFailuresHaveTheirOwnStatus)
             path("dst.dat")});
     EXPECT_EQ(renamed.exitCode, 0);
     EXPECT_EQ(readFile(path("copy2.dat")), QByteArray("0123456789"));
+}
+
+// A batch into one folder: files keep their folders below the volume with -k, a second run keeps both
+// files where the lengths differ and leaves equal ones alone.
+TEST_F(CopyToolTest, BatchCopiesAListIntoOneFolder)
+{
+    QDir().mkpath(path("disc/MPEGAV"));
+    const QByteArray a = randomBytes(300'000);
+    const QByteArray b = randomBytes(1000);
+    writeFile(path("disc/MPEGAV/AVSEQ01.DAT"), a);
+    writeFile(path("disc/MPEGAV/AVSEQ02.DAT"), b);
+    const QStringList sources{path("disc/MPEGAV/AVSEQ01.DAT"), path("disc/MPEGAV/AVSEQ02.DAT")};
+
+    const ToolRun flat = run(QStringLiteral(VINDARO_COPY_TOOL),
+        QStringList{QStringLiteral("-q"), QStringLiteral("-t"), path("out")} + sources);
+    EXPECT_EQ(flat.exitCode, 0) << flat.err.toStdString();
+    EXPECT_EQ(readFile(path("out/AVSEQ01.DAT")), a);
+    EXPECT_EQ(readFile(path("out/AVSEQ02.DAT")), b);
+
+    const ToolRun kept = run(QStringLiteral(VINDARO_COPY_TOOL),
+        QStringList{QStringLiteral("-q"), QStringLiteral("-k"), QStringLiteral("-t"), path("tree")}
+            + sources);
+    EXPECT_EQ(kept.exitCode, 0) << kept.err.toStdString();
+    // the temporary folder lies on the root volume (or its own): its whole path is kept below "tree"
+    const QString relative = QFileInfo(path("disc/MPEGAV/AVSEQ01.DAT")).absoluteFilePath();
+    bool found = false;
+    for (qsizetype at = 0; at >= 0 && !found; at = relative.indexOf(QLatin1Char('/'), at + 1))
+        found = QFile::exists(path("tree") + relative.mid(at));
+    EXPECT_TRUE(found);
+
+    writeFile(path("disc/MPEGAV/AVSEQ02.DAT"), b + "more");
+    const ToolRun again = run(QStringLiteral(VINDARO_COPY_TOOL),
+        QStringList{QStringLiteral("-q"), QStringLiteral("-e"), QStringLiteral("keep"), QStringLiteral("-t"),
+            path("out")}
+            + sources);
+    EXPECT_EQ(again.exitCode, 0) << again.err.toStdString();
+    EXPECT_EQ(readFile(path("out/AVSEQ01.DAT")), a);
+    EXPECT_EQ(readFile(path("out/AVSEQ02.DAT")), b);
+    EXPECT_EQ(readFile(path("out/N[01]AVSEQ02.DAT")), b + "more");
+
+    const ToolRun refused = run(QStringLiteral(VINDARO_COPY_TOOL),
+        QStringList{QStringLiteral("-q"), QStringLiteral("-t"), path("out")} + sources);
+    EXPECT_EQ(refused.exitCode, 3);
+    EXPECT_TRUE(refused.err.contains(QStringLiteral("目标文件已经存在")));
 }
 
 } // namespace

@@ -83,7 +83,41 @@ void ConsoleCopyHost::updateProgress(qint64 position, qint64 sourceLength)
 {
     m_position = position;
     m_sourceLength = sourceLength;
-    m_copied = files::formatBytes(position);
+    // a batch shows the bytes of the whole batch, the percentage of the current file
+    m_copied = files::formatBytes(batchCounters ? batchCounters->copiedBytes + position : position);
+}
+
+QString ConsoleCopyHost::chooseBatchFolder(bool& copyToSameDir)
+{
+    copyToSameDir = batchSameFolder;
+    return batchFolder;
+}
+
+int ConsoleCopyHost::askBatchExistingFile(const QString&, const QString& destination)
+{
+    switch (existing) {
+    case ExistingAnswer::Overwrite:
+        return 2; // this one and every later one
+    case ExistingAnswer::KeepBoth:
+        return 3;
+    default:
+        break;
+    }
+    endProgressLine();
+    m_err << QStringLiteral("目标文件已经存在：") << destination << '\n'
+          << QStringLiteral(
+                 "批量复制到此结束。用 --existing overwrite 或 --existing keep 选择做法（见 --help）。")
+          << '\n';
+    m_err.flush();
+    return 0;
+}
+
+void ConsoleCopyHost::showFile(
+    const QString& sourceText, const QString& destinationText, const QString& countText, const QString&)
+{
+    Q_UNUSED(sourceText);
+    Q_UNUSED(destinationText);
+    m_fileCount = QStringLiteral("[") + countText + QStringLiteral(" ");
 }
 
 void ConsoleCopyHost::showCopiedBytes(qint64 bytes)
@@ -125,6 +159,7 @@ int ConsoleCopyHost::askExistingFile(const QString&, const QString& destination,
         existing = ExistingAnswer::GiveUp; // a new name that exists too is not overwritten: give up then
         return 5;
     case ExistingAnswer::GiveUp:
+    case ExistingAnswer::KeepBoth:
         break;
     }
     endProgressLine();
@@ -141,6 +176,15 @@ void ConsoleCopyHost::tick()
     const int currentSecond = QTime::currentTime().second();
     m_state.elapsedSeconds += tickDelta(currentSecond, m_lastSecond);
     m_lastSecond = currentSecond;
+    if (batchCounters) {
+        const BatchFigures figures = computeBatchFigures(*batchCounters, m_position, m_state.elapsedSeconds);
+        m_elapsed = durationText(figures.batchSeconds);
+        if (figures.estimatedSeconds >= 0)
+            m_estimated = durationText(figures.estimatedSeconds);
+        m_throughput = files::formatKBps(figures.kilobytesPerSecond);
+        printProgress(true);
+        return;
+    }
     const qint64 elapsed = m_state.elapsedSeconds;
     const ProgressFigures figures = computeFigures(m_position, m_sourceLength, elapsed);
     m_elapsed = durationText(elapsed);
@@ -159,9 +203,11 @@ void ConsoleCopyHost::printProgress(bool force)
     if (!force && m_sincePrint.isValid() && m_sincePrint.elapsed() < 250)
         return;
     m_sincePrint.start();
-    m_err << '\r' << percentText(m_position, m_sourceLength) << QStringLiteral("  已复制：") << m_copied
-          << QStringLiteral("  已用时间：") << m_elapsed << QStringLiteral("  剩余时间：") << m_remaining
-          << QStringLiteral("  估计消耗：") << m_estimated << QStringLiteral("  存取速度：") << m_throughput
+    m_err << '\r' << m_fileCount << percentText(m_position, m_sourceLength) << QStringLiteral("  已复制：")
+          << m_copied << QStringLiteral("  已用时间：") << m_elapsed;
+    if (!batchCounters) // a batch shows no remaining time
+        m_err << QStringLiteral("  剩余时间：") << m_remaining;
+    m_err << QStringLiteral("  估计消耗：") << m_estimated << QStringLiteral("  存取速度：") << m_throughput
           << QStringLiteral("   ");
     m_err.flush();
     m_lineOpen = true;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "copy/CopyHost.h"
+#include "copy/BatchCopier.h"
 #include "copy/CopyState.h"
 
 #include <QElapsedTimer>
@@ -16,12 +16,13 @@ enum class ExistingAnswer
     Continue,
     Append,
     Merge,
-    NewName
+    NewName,
+    KeepBoth, // a batch only: keep both files
 };
 
 // The copy host of `vindaro-copy`: questions are answered from the command line, boxes and log entries are
 // printed, and the progress figures of the window are printed as one line on stderr.
-class ConsoleCopyHost final : public CopyHost
+class ConsoleCopyHost final : public BatchHost
 {
 public:
     ConsoleCopyHost(CopyState& state, QTextStream& out, QTextStream& err);
@@ -30,6 +31,10 @@ public:
     QString newName;
     bool ignoreLowSpace = false;
     bool showProgress = true;
+    // A batch: the folder, whether every file goes straight into it, and its counters once it runs.
+    QString batchFolder;
+    bool batchSameFolder = true;
+    const BatchCounters* batchCounters = nullptr;
 
     int showBox(const platform::MessageBox& box) override;
     void log(const QString& entry) override;
@@ -45,6 +50,12 @@ public:
     int askContinueCopy(const QString& source, const QString& destination) override;
     int askExistingFile(const QString& source, const QString& destination, QString& name) override;
     void stayPaused() override { }
+    QString chooseBatchFolder(bool& copyToSameDir) override;
+    int askBatchExistingFile(const QString& source, const QString& destination) override;
+    void startAnimation() override { }
+    void stopAnimation() override { }
+    void showFile(const QString& sourceText, const QString& destinationText, const QString& countText,
+        const QString& totalText) override;
 
 private:
     void tick();
@@ -61,6 +72,7 @@ private:
     bool m_lineOpen = false;
     qint64 m_position = 0;
     qint64 m_sourceLength = 0;
+    QString m_fileCount; // "[i/n ]" in a batch
     QString m_copied = QStringLiteral("0字节");
     QString m_elapsed = QStringLiteral("00:00:00");
     QString m_remaining = QStringLiteral("00:00:00");

@@ -1,6 +1,7 @@
 #include "CopyTool.h"
 
 #include "ConsoleCopyHost.h"
+#include "copy/BatchCopier.h"
 #include "copy/CopySession.h"
 #include "copy/FileResumeStore.h"
 #include "copy/VolumeDriveFacts.h"
@@ -30,19 +31,24 @@ enum ExitStatus : int
 };
 
 const char* const kHelp = R"(用法：vindaro-copy [选项] 源文件 目标文件
+      vindaro-copy [选项] --to-folder 文件夹 源文件...
 
-按块复制一个文件；遇到读不出的块就跳过去继续复制，所以有划痕的光盘也能得到一个可播放的副本。
+按块复制文件；遇到读不出的块就跳过去继续复制，所以有划痕的光盘也能得到一个可播放的副本。
 
 选项：
-  -r, --read-blocks N    每次读取的块数，1 到 100，默认 10（盘片质量不好时设小一点）
-  -s, --skip-blocks N    每次跳过的块数，1 到 30，默认 10；读不出时跳过 N×8 块
+  -r, --read-blocks N    每次读取的块数，1 到 100，默认 10（盘片质量不好时设小一点；批量复制固定为 10）
+  -s, --skip-blocks N    每次跳过的块数，1 到 30，默认 10；读不出时跳过 N×8 块（批量复制固定跳过 80 块）
   -e, --existing 方式    目标文件已经存在时的做法：
-                           overwrite  覆盖该文件
+                           overwrite  覆盖该文件（批量复制时覆盖所有已存在的文件）
                            continue   从上次中断的位置继续复制（没有续拷记录时同 append）
                            append     以追加方式继续复制（从目标文件的长度处继续）
                            merge      把源文件合并到目标文件的末尾
                            rename:名字 以新的文件名复制到同一文件夹
-                           skip       放弃复制（默认）
+                           keep       批量复制：两个都保留（长度相同时跳过，不同时复制为 N[01]文件名）
+                           skip       放弃复制（默认；批量复制时到此结束）
+  -t, --to-folder 文件夹 批量复制：把所有源文件复制到这个文件夹
+  -k, --keep-folders     批量复制：在文件夹下保留源文件所在卷下的文件夹路径
+                           （/media/cdrom/MPEGAV/AVSEQ01.DAT → 文件夹/MPEGAV/AVSEQ01.DAT）
   -y, --ignore-space     目标磁盘空间不足时仍然继续复制
   -q, --quiet            不显示进度行
   -h, --help             显示本说明
@@ -51,7 +57,7 @@ const char* const kHelp = R"(用法：vindaro-copy [选项] 源文件 目标文�
 存取速度）写到标准错误。按 Ctrl-C 取消复制：已复制的部分保留，并保存续拷记录，
 以后用 --existing continue 继续。再按一次 Ctrl-C 立即退出。
 
-退出状态：0 复制完成；1 复制完成，但跳过了读不出的部分；2 已取消；3 复制失败；
+退出状态：0 复制完成；1 复制完成，但跳过了读不出的部分；2 已取消；3 复制失败（批量复制时有文件失败）；
           4 没有开始复制（目标文件已存在、空间不足或路径无效）；64 用法错误。
 )";
 
@@ -67,6 +73,18 @@ void onInterrupt(int)
     g_state->stopRequested.store(true);
 }
 
+void installInterruptHandler(copy::CopyState& state)
+{
+    g_state = &state;
+    struct sigaction action
+    {
+    };
+    action.sa_handler = onInterrupt;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
 bool parseNumber(const QString& text, int low, int high, int& value)
 {
     bool ok = false;
@@ -77,6 +95,46 @@ bool parseNumber(const QString& text, int low, int high, int& value)
 } // namespace
 
 namespace vindaro::copy {
+
+namespace {
+
+int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources, platform::FileLayer& files)
+{
+    QTextStream err(stderr);
+    if (sources.isEmpty()) {
+        err << QStringLiteral("批量复制需要至少一个源文件（见 --help）。\n");
+        return kExitUsage;
+    }
+    switch (host.existing) {
+    case ExistingAnswer::GiveUp:
+    case ExistingAnswer::Overwrite:
+    case ExistingAnswer::KeepBoth:
+        break;
+    default:
+        err << QStringLiteral("批量复制时 --existing 只能是 overwrite、keep 或 skip。\n");
+        return kExitUsage;
+    }
+    QStringList absolute;
+    for (const QString& source : sources)
+        absolute << QFileInfo(source).absoluteFilePath();
+
+    platform::LinuxVolumes volumes;
+    VolumeDriveFacts drives(volumes);
+    FileResumeStore resumeStore;
+    BatchCopier batch(state, host, files, resumeStore, drives);
+    host.batchCounters = &batch.counters();
+    installInterruptHandler(state);
+    const BatchResult result = batch.copyingFiles(absolute);
+    if (!result.started)
+        return kExitNotStarted;
+    if (result.cancelled)
+        return kExitCancelled;
+    if (result.failed > 0 || result.finished + result.skipped < result.files)
+        return kExitFailed;
+    return result.withSkips > 0 ? kExitFinishedWithSkips : kExitFinished;
+}
+
+} // namespace
 
 int runCopyTool(const QStringList& args, platform::FileLayer& files)
 {
@@ -126,6 +184,8 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files)
                 host.existing = copy::ExistingAnswer::Merge;
             else if (v == QLatin1String("skip"))
                 host.existing = copy::ExistingAnswer::GiveUp;
+            else if (v == QLatin1String("keep"))
+                host.existing = copy::ExistingAnswer::KeepBoth;
             else if (v.startsWith(QLatin1String("rename:")) && v.size() > 7
                 && !v.mid(7).contains(QLatin1Char('/'))) {
                 host.existing = copy::ExistingAnswer::NewName;
@@ -134,6 +194,14 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files)
                 err << QStringLiteral("不认识的做法：") << v << QStringLiteral("（见 --help）\n");
                 return kExitUsage;
             }
+        } else if (a == QLatin1String("-t") || a == QLatin1String("--to-folder")) {
+            if (!value(v) || v.isEmpty()) {
+                err << QStringLiteral("--to-folder 后面缺少文件夹。\n");
+                return kExitUsage;
+            }
+            host.batchFolder = QFileInfo(v).absoluteFilePath();
+        } else if (a == QLatin1String("-k") || a == QLatin1String("--keep-folders")) {
+            host.batchSameFolder = false;
         } else if (a == QLatin1String("-y") || a == QLatin1String("--ignore-space")) {
             host.ignoreLowSpace = true;
         } else if (a == QLatin1String("-q") || a == QLatin1String("--quiet")) {
@@ -144,6 +212,14 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files)
         } else {
             paths << a;
         }
+    }
+    state.readBlocks = readBlocks;
+    state.skipBlocks = skipBlocks;
+    if (!host.batchFolder.isEmpty())
+        return runBatch(host, state, paths, files);
+    if (host.existing == copy::ExistingAnswer::KeepBoth) {
+        err << QStringLiteral("--existing keep 只用于批量复制（--to-folder）。\n");
+        return kExitUsage;
     }
     if (paths.size() != 2) {
         err << QStringLiteral("需要源文件和目标文件两个路径（见 --help）。\n");
@@ -160,19 +236,10 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files)
     copy::VolumeDriveFacts drives(volumes);
     copy::FileResumeStore resumeStore;
     copy::CopySession session(state, host, files, resumeStore, drives);
-    state.readBlocks = readBlocks;
-    state.skipBlocks = skipBlocks;
     if (host.existing == copy::ExistingAnswer::Merge || host.existing == copy::ExistingAnswer::NewName)
         resumeStore.remove(destination); // the choice on the command line stands above an old record
 
-    g_state = &state;
-    struct sigaction action
-    {
-    };
-    action.sa_handler = onInterrupt;
-    sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    installInterruptHandler(state);
 
     switch (session.startCopy(source, destination)) {
     case copy::CopyOutcome::Finished:
