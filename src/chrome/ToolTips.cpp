@@ -79,12 +79,12 @@ QPainterPath BalloonTip::outline() const
     const qreal x = kPointerInset;
     if (m_pointsUp) {
         pointer.moveTo(x, 0.5);
-        pointer.lineTo(x + 1, body.top() + 1);
-        pointer.lineTo(x + 11, body.top() + 1);
+        pointer.lineTo(x, body.top() + 1);
+        pointer.lineTo(x + 14, body.top() + 1);
     } else {
         pointer.moveTo(x, height() - 0.5);
-        pointer.lineTo(x + 1, body.bottom() - 1);
-        pointer.lineTo(x + 11, body.bottom() - 1);
+        pointer.lineTo(x, body.bottom() - 1);
+        pointer.lineTo(x + 14, body.bottom() - 1);
     }
     pointer.closeSubpath();
     return box.united(pointer);

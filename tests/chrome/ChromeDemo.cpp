@@ -113,6 +113,7 @@ int main(int argc, char** argv)
     grid->addWidget(named(new QSlider(Qt::Horizontal), "sldSkipBlocks"), 4, 2, 1, 2);
     grid->addWidget(named(new QPushButton(QStringLiteral("返回设置>>")), "cmdBackCopy"), 2, 3);
     body->addLayout(grid);
+    body->addStretch(1);
 
     auto* openChrome = new OptionButtonChrome(optOpen);
     new OptionButtonChrome(optClose);
