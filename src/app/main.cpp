@@ -1,15 +1,14 @@
 // The program starts with its main copy window.
 #include "BoxPresenter.h"
 #include "CopyChoices.h"
-#include "FileSystemDriveFacts.h"
 #include "FrmCopy.h"
 #include "OperationLogModel.h"
 #include "copy/FileResumeStore.h"
+#include "copy/VolumeDriveFacts.h"
 #include "drives/CDRomDriveControl.h"
 #include "platform/linux/LinuxOpticalDrives.h"
 #include "platform/linux/LinuxVolumes.h"
 #include "platform/linux/LocalFileLayer.h"
-#include "platform/linux/ui/LinuxShell.h"
 
 #include <QApplication>
 
@@ -21,9 +20,8 @@ int main(int argc, char** argv)
 
     vindaro::platform::LocalFileLayer files;
     vindaro::platform::LinuxVolumes volumes;
-    vindaro::platform::LinuxShell shell;
     vindaro::copy::FileResumeStore resumeStore;
-    vindaro::app::FileSystemDriveFacts drives(volumes, shell);
+    vindaro::copy::VolumeDriveFacts drives(volumes);
     vindaro::app::MessageBoxPresenter boxes;
     vindaro::app::DialogCopyChoices choices(&resumeStore);
     vindaro::app::OperationLogModel log;

@@ -1,5 +1,6 @@
 #include "BatchCopier.h"
 
+#include "CopyText.h"
 #include "files/Format.h"
 #include "platform/Volumes.h"
 
@@ -10,21 +11,9 @@ using platform::BoxIcon;
 using platform::IoResult;
 using platform::MessageBox;
 
-namespace {
-
-const QString kCrLf = QStringLiteral("\r\n");
-
-QString fileNameOf(const QString& path)
-{
-    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
-}
-
-QString folderOf(const QString& path)
-{
-    return path.left(path.lastIndexOf(QLatin1Char('/')) + 1);
-}
-
-} // namespace
+using text::fileNameOf;
+using text::folderOf;
+using text::kCrLf;
 
 BatchFigures computeBatchFigures(const BatchCounters& counters, qint64 position, int currentFileSeconds)
 {
@@ -183,10 +172,7 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
 CopyOutcome BatchCopier::startAt(const QString& source, const QString& destination, qint64 position)
 {
     m_state.position = position;
-    m_state.stopRequested = false;
-    m_state.cancelRequested = false;
-    m_state.copyRunning = true;
-    m_host.enterCopyingState();
+    m_copier.enterCopyingState();
     return m_copier.copyBlocks(source, destination, m_state.blockBytes);
 }
 

@@ -1,5 +1,6 @@
 #include "BlockCopier.h"
 
+#include "CopyText.h"
 #include "files/Format.h"
 
 #include <QStringList>
@@ -15,8 +16,8 @@ using platform::MessageBox;
 
 namespace {
 
-const QString kCrLf = QStringLiteral("\r\n");
-const QString kIndent = QString(22, QLatin1Char(' ')); // continuation lines of log entries
+using text::kCrLf;
+using text::kIndent;
 
 QString joinLines(std::initializer_list<QString> lines)
 {
@@ -135,6 +136,26 @@ CopyOutcome BlockCopier::mergeBlocks(const QString& source, const QString& desti
     return run(source, destination, step, true);
 }
 
+void BlockCopier::enterCopyingState()
+{
+    m_state.stopRequested = false;
+    m_state.cancelRequested = false;
+    m_state.copyRunning = true;
+    m_host.enterCopyingState();
+}
+
+bool BlockCopier::askToRetry(bool merge)
+{
+    const int answer = m_host.showBox(text::box(merge ? QStringLiteral("合并文件时出错，是否继续合并？")
+                                                      : QStringLiteral("复制文件时出错，是否继续复制？"),
+        QStringLiteral("警告！"), BoxIcon::Critical, BoxButtons::YesNo));
+    m_state.lastAnswer = answer;
+    if (answer != platform::kAnswerYes)
+        return false;
+    enterCopyingState();
+    return true;
+}
+
 void BlockCopier::enterIdleState()
 {
     m_state.stopRequested = false;
@@ -246,21 +267,8 @@ bool BlockCopier::onFailure(
     const qint64 position = m_state.position;
 
     if (error.errorClass == kInvalidArgument) {
-        MessageBox box;
-        box.text = merge ? QStringLiteral("合并文件时出错，是否继续合并？")
-                         : QStringLiteral("复制文件时出错，是否继续复制？");
-        box.title = QStringLiteral("警告！");
-        box.icon = BoxIcon::Critical;
-        box.buttons = BoxButtons::YesNo;
-        const int answer = m_host.showBox(box);
-        m_state.lastAnswer = answer;
-        if (answer == platform::kAnswerYes) {
-            m_state.stopRequested = false;
-            m_state.cancelRequested = false;
-            m_state.copyRunning = true;
-            m_host.enterCopyingState();
+        if (askToRetry(merge))
             return false; // the same round again, from the same position
-        }
         enterIdleState();
         outcome = CopyOutcome::Failed;
         return true;
@@ -288,11 +296,7 @@ bool BlockCopier::onFailure(
     enterIdleState();
     if (!texts.cause.isEmpty())
         m_host.log(errorEntry(source, destination, merge, texts.cause));
-    MessageBox box;
-    box.text = texts.box;
-    box.title = boxTitle(merge);
-    box.icon = BoxIcon::Critical;
-    m_host.showBox(box);
+    m_host.showBox(text::box(texts.box, boxTitle(merge), BoxIcon::Critical));
     outcome = CopyOutcome::Failed;
     return true;
 }
@@ -332,16 +336,8 @@ bool BlockCopier::onBatchFailure(
 
     switch (error.errorClass) {
     case kInvalidArgument: {
-        const int answer = m_host.showBox(MessageBox{QStringLiteral("复制文件时出错，是否继续复制？"),
-            QStringLiteral("警告！"), BoxIcon::Critical, BoxButtons::YesNo});
-        m_state.lastAnswer = answer;
-        if (answer == platform::kAnswerYes) {
-            m_state.stopRequested = false;
-            m_state.cancelRequested = false;
-            m_state.copyRunning = true;
-            m_host.enterCopyingState();
+        if (askToRetry(false))
             return false; // read the same block again
-        }
         return endBatch(false);
     }
     case kDiskFull:
@@ -388,12 +384,10 @@ CopyOutcome BlockCopier::finish(
     enterIdleState();
     m_host.log(finishedEntry(
         source, destination, sourceLength, merge, m_host.estimatedText(), m_host.throughputText()));
-    MessageBox box;
-    box.text = source + kCrLf
-        + (merge ? QStringLiteral("已被成功地合并到：") : QStringLiteral("已被成功地复制到：")) + destination;
-    box.title = merge ? QStringLiteral("文件合并完成！") : QStringLiteral("文件复制完成！");
-    box.icon = BoxIcon::Exclamation;
-    m_host.showBox(box);
+    m_host.showBox(text::notice(source + kCrLf
+            + (merge ? QStringLiteral("已被成功地合并到：") : QStringLiteral("已被成功地复制到："))
+            + destination,
+        merge ? QStringLiteral("文件合并完成！") : QStringLiteral("文件复制完成！")));
     return m_skips > 0 ? CopyOutcome::FinishedWithSkips : CopyOutcome::Finished;
 }
 
@@ -406,12 +400,8 @@ CopyOutcome BlockCopier::onStop(const QString& source, const QString& destinatio
         return CopyOutcome::Cancelled; // the batch keeps the file and saves its record
 
     m_host.log((merge ? QStringLiteral("取消合并：") : QStringLiteral("取消复制：")) + source);
-    MessageBox box;
-    box.text = destination + kCrLf + QStringLiteral("该文件已经存在，是否删除？");
-    box.title = QStringLiteral("提醒！");
-    box.icon = BoxIcon::Exclamation;
-    box.buttons = BoxButtons::YesNo;
-    const int answer = m_host.showBox(box);
+    const int answer
+        = m_host.showBox(text::question(destination + kCrLf + QStringLiteral("该文件已经存在，是否删除？")));
     m_state.lastAnswer = answer;
     if (answer == platform::kAnswerYes) {
         resetAfterCancel();

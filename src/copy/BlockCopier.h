@@ -41,6 +41,9 @@ public:
     CopyOutcome copyBlocks(const QString& source, const QString& destination, qint64 step);
     CopyOutcome mergeBlocks(const QString& source, const QString& destination, qint64 step);
 
+    // Clears the stop flags, marks the copy running and switches the window to copying.
+    void enterCopyingState();
+
     // Saves where a stopped copy can go on, when the destination exists and the source is not all there.
     void saveResumeRecord(const QString& destination);
 
@@ -65,6 +68,7 @@ private:
         bool merge, CopyOutcome& outcome);
     bool onBatchFailure(
         const FileError& error, const QString& source, const QString& destination, CopyOutcome& outcome);
+    bool askToRetry(bool merge); // true: the user wants the block read again (the window is copying)
     void enterIdleState();
     void resetAfterCancel();
 

@@ -1,5 +1,6 @@
 #include "CopySession.h"
 
+#include "CopyText.h"
 #include "files/Format.h"
 #include "platform/Volumes.h"
 
@@ -10,31 +11,17 @@ using platform::BoxIcon;
 using platform::IoResult;
 using platform::MessageBox;
 
+using text::folderOf;
+using text::kCrLf;
+using text::kIndent;
+using text::notice;
+using text::question;
+
 namespace {
-
-const QString kCrLf = QStringLiteral("\r\n");
-const QString kIndent = QString(22, QLatin1Char(' '));
-
-MessageBox notice(const QString& text, const QString& title = QStringLiteral("提醒！"))
-{
-    return MessageBox{text, title, BoxIcon::Exclamation, BoxButtons::Ok};
-}
-
-MessageBox question(const QString& text)
-{
-    return MessageBox{text, QStringLiteral("提醒！"), BoxIcon::Exclamation, BoxButtons::YesNo};
-}
 
 QString megabytes(double bytes)
 {
     return files::formatWholeMegabytes(bytes < 0 ? 0 : qint64(bytes));
-}
-
-// The folder part of a path, up to and including its last separator.
-QString folderOf(const QString& path)
-{
-    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
-    return slash < 0 ? QString() : path.left(slash + 1);
 }
 
 } // namespace
@@ -101,10 +88,7 @@ qint64 CopySession::computeBlockBytes(const QString& source, const QString& dest
 
 void CopySession::enterCopyingState()
 {
-    m_state.stopRequested = false;
-    m_state.cancelRequested = false;
-    m_state.copyRunning = true;
-    m_host.enterCopyingState();
+    m_copier.enterCopyingState();
 }
 
 void CopySession::logLowSpace(

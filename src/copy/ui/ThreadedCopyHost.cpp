@@ -126,12 +126,32 @@ template<typename T> T ThreadedCopyHost::callOnUi(std::function<T()> call, T fal
 
 void ThreadedCopyHost::runVoid(std::function<void()> call)
 {
-    callOnUi<bool>(
+    runOnUi(std::move(call));
+}
+
+bool ThreadedCopyHost::runOnUi(std::function<void()> call)
+{
+    return callOnUi<bool>(
         [call = std::move(call)] {
             call();
             return true;
         },
         false);
+}
+
+void ThreadedCopyHost::postToUi(std::function<void()> call)
+{
+    if (onUiThread()) {
+        call();
+        return;
+    }
+    QMetaObject::invokeMethod(
+        this,
+        [this, call = std::move(call)] {
+            flushProgress();
+            call();
+        },
+        Qt::QueuedConnection);
 }
 
 int ThreadedCopyHost::showBox(const platform::MessageBox& box)
@@ -228,6 +248,52 @@ int ThreadedCopyHost::askExistingFile(const QString& source, const QString& dest
 void ThreadedCopyHost::stayPaused()
 {
     runVoid([this] { m_uiHost.stayPaused(); });
+}
+
+ThreadedBatchHost::ThreadedBatchHost(BatchHost& uiHost)
+    : m_uiHost(uiHost)
+    , m_threaded(uiHost)
+{
+}
+
+QString ThreadedBatchHost::chooseBatchFolder(bool& copyToSameDir)
+{
+    struct Choice
+    {
+        QString folder;
+        bool sameDir = false;
+    };
+    auto choice = std::make_shared<Choice>();
+    m_threaded.runOnUi([this, choice] { choice->folder = m_uiHost.chooseBatchFolder(choice->sameDir); });
+    copyToSameDir = choice->sameDir;
+    return choice->folder;
+}
+
+int ThreadedBatchHost::askBatchExistingFile(const QString& source, const QString& destination)
+{
+    auto answer = std::make_shared<int>(0);
+    m_threaded.runOnUi([this, answer, source, destination] {
+        *answer = m_uiHost.askBatchExistingFile(source, destination);
+    });
+    return *answer;
+}
+
+void ThreadedBatchHost::startAnimation()
+{
+    m_threaded.postToUi([this] { m_uiHost.startAnimation(); });
+}
+
+void ThreadedBatchHost::stopAnimation()
+{
+    m_threaded.postToUi([this] { m_uiHost.stopAnimation(); });
+}
+
+void ThreadedBatchHost::showFile(const QString& sourceText, const QString& destinationText,
+    const QString& countText, const QString& totalText)
+{
+    m_threaded.postToUi([this, sourceText, destinationText, countText, totalText] {
+        m_uiHost.showFile(sourceText, destinationText, countText, totalText);
+    });
 }
 
 } // namespace vindaro::copy

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "copy/BatchCopier.h"
 #include "copy/CopyHost.h"
 
 #include <QMutex>
@@ -46,6 +47,15 @@ public:
     int progressRefreshes() const { return m_refreshes; } // calls made to the UI host's updateProgress
     void flushProgress(); // hands the latest position to the UI host, if it changed
 
+    // For hosts that build on this one (the batch). Any thread.
+    // Runs `call` on the UI thread (at once when called there) and waits until it has returned; false when
+    // it was not run because shutdown() has begun. shutdown() can end the wait while `call` still runs (in a
+    // modal dialog, say), so a call that leaves a result must keep it in storage it shares with the caller,
+    // never on the waiting thread's stack.
+    bool runOnUi(std::function<void()> call);
+    // Hands `call` to the UI thread without waiting, in order with every other call, as log entries are.
+    void postToUi(std::function<void()> call);
+
     // CopyHost, called on the worker thread (called on the UI thread, each goes straight to the UI host).
     int showBox(const platform::MessageBox& box) override;
     void log(const QString& entry) override;
@@ -85,6 +95,55 @@ private:
     QMutex m_mutex; // guards m_aborting and the replies of waiting calls
     QWaitCondition m_answered;
     bool m_aborting = false;
+};
+
+// The batch's host on the worker thread: the single-copy calls go through a ThreadedCopyHost, and the
+// batch's own calls are marshalled the same way to the batch window on the UI thread. The promises of
+// ThreadedCopyHost hold for all of them; in addition, the file labels and the animation are handed over
+// without waiting (nothing comes back from them), and after shutdown() the folder choice answers "none"
+// (the batch does not start) and the existing-file question 0 (the batch ends).
+class ThreadedBatchHost final : public BatchHost
+{
+public:
+    // `uiHost` must outlive this object; both live on the calling (UI) thread.
+    explicit ThreadedBatchHost(BatchHost& uiHost);
+
+    ThreadedCopyHost& threaded() { return m_threaded; } // run(), isBusy(), shutdown(), jobFinished
+
+    int showBox(const platform::MessageBox& box) override { return m_threaded.showBox(box); }
+    void log(const QString& entry) override { m_threaded.log(entry); }
+    void yield() override { }
+    void enterCopyingState() override { m_threaded.enterCopyingState(); }
+    void enterIdleState() override { m_threaded.enterIdleState(); }
+    void resetAfterCancel() override { m_threaded.resetAfterCancel(); }
+    void stopTimer() override { m_threaded.stopTimer(); }
+    void updateProgress(qint64 position, qint64 sourceLength) override
+    {
+        m_threaded.updateProgress(position, sourceLength);
+    }
+    void showCopiedBytes(qint64 bytes) override { m_threaded.showCopiedBytes(bytes); }
+    QString estimatedText() override { return m_threaded.estimatedText(); }
+    QString throughputText() override { return m_threaded.throughputText(); }
+    int askContinueCopy(const QString& source, const QString& destination) override
+    {
+        return m_threaded.askContinueCopy(source, destination);
+    }
+    int askExistingFile(const QString& source, const QString& destination, QString& newName) override
+    {
+        return m_threaded.askExistingFile(source, destination, newName);
+    }
+    void stayPaused() override { m_threaded.stayPaused(); }
+
+    QString chooseBatchFolder(bool& copyToSameDir) override;
+    int askBatchExistingFile(const QString& source, const QString& destination) override;
+    void startAnimation() override;
+    void stopAnimation() override;
+    void showFile(const QString& sourceText, const QString& destinationText, const QString& countText,
+        const QString& totalText) override;
+
+private:
+    BatchHost& m_uiHost;
+    ThreadedCopyHost m_threaded;
 };
 
 } // namespace vindaro::copy
