@@ -263,6 +263,7 @@ void FrmDialog::place()
     layout()->setContentsMargins(
         pad, pad + (m_below ? kPointerHeight : 0), pad, pad + (m_below ? 0 : kPointerHeight));
     setFixedSize(withPointer);
+    setMask(QRegion(balloonPath(size(), m_below, m_pointerX).toFillPolygon().toPolygon()));
     move(placement.topLeft);
 }
 

@@ -48,6 +48,7 @@ public:
 
     QString path() const { return m_path; }
     bool isBelowAnchor() const { return m_below; }
+    int pointerX() const { return m_pointerX; }
     void pressOk();
     void pressCancel();
 
