@@ -59,6 +59,10 @@ void Frame3D::follow()
 {
     if (!m_control)
         return;
+    if (parentWidget() != m_control->parentWidget())
+        setParent(m_control->parentWidget()); // the control went into a layout after the frame was made
+    if (!parentWidget())
+        return; // never a window of its own
     setGeometry(m_control->geometry().adjusted(-1, -1, 1, 1));
     setVisible(!m_control->isHidden());
     stackUnder(m_control);
@@ -79,6 +83,7 @@ bool Frame3D::eventFilter(QObject* watched, QEvent* event)
         case QEvent::Show:
         case QEvent::Hide:
         case QEvent::ZOrderChange:
+        case QEvent::ParentChange:
             follow();
             break;
         default:

@@ -24,7 +24,8 @@ void Draw3DFrame(QPainter& painter, const QRect& control, FrameStyle style,
     const QColor& light = QColor(255, 255, 255), const QColor& dark = QColor(128, 128, 128));
 
 // A 3D frame round a control, drawn on the control's container and following it as it moves, resizes,
-// shows and hides. It sits under the control and lets the mouse through.
+// shows, hides and changes container (so it may be made before the control is put in a layout). It sits
+// under the control and lets the mouse through.
 class Frame3D : public QWidget
 {
     Q_OBJECT

@@ -151,6 +151,21 @@ TEST(OptionButtonChrome, FrameSinksWhileTheLeftButtonIsDownAndRightButtonAsksFor
     EXPECT_FALSE(chrome->frame()->isVisible());
 }
 
+TEST(OptionButtonChrome, FrameMadeBeforeTheButtonIsPlacedMovesToItsContainer)
+{
+    auto* option = new QPushButton(QStringLiteral("关闭 CD_ROM[&Z]"));
+    auto* chrome = new OptionButtonChrome(option); // no container yet
+    EXPECT_FALSE(chrome->frame()->isWindow() && chrome->frame()->isVisible());
+    QWidget window;
+    option->setParent(&window);
+    option->setGeometry(10, 10, 100, 24);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    EXPECT_EQ(chrome->frame()->parentWidget(), &window);
+    EXPECT_TRUE(chrome->frame()->isVisible());
+    EXPECT_EQ(chrome->frame()->geometry(), option->geometry().adjusted(-1, -1, 1, 1));
+}
+
 TEST(Draw3DFrame, RaisedIsLightAboveAndDarkBelowSunkenTheReverse)
 {
     QImage image(20, 20, QImage::Format_RGB32);
