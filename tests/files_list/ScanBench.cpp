@@ -83,8 +83,11 @@ int main(int argc, char** argv)
     qint64 refreshMs = 0;
     QObject::connect(&list, &files::FileListModel::scanFinished, [&](bool) {
         scanMs = tickClock.elapsed();
-        tick.stop();
-        QTimer::singleShot(0, &app, &QApplication::quit);
+        // Tick on a little so the gap includes the closing refresh.
+        QTimer::singleShot(20, &app, [&] {
+            tick.stop();
+            QApplication::quit();
+        });
     });
     QObject::connect(&list, &files::FileListModel::busyChanged, [&](bool busy) {
         static qint64 started = 0;
@@ -102,7 +105,7 @@ int main(int argc, char** argv)
         static_cast<long long>(list.count()), double(scanMs) / 1000.0, static_cast<long long>(firstBatchMs),
         batches);
     std::printf("closing refresh (sums every file's size): %lld ms\n", static_cast<long long>(refreshMs));
-    std::printf(
-        "UI thread: %d ticks of 5 ms, longest gap %lld ms\n", ticks, static_cast<long long>(longestGap));
+    std::printf("UI thread: %d ticks of 5 ms, longest gap %lld ms (closing refresh included)\n", ticks,
+        static_cast<long long>(longestGap));
     return list.count() == walked ? 0 : 1;
 }
