@@ -10,10 +10,12 @@
 #include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
+#include <QThread>
 #include <QTimer>
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cerrno>
 
 using namespace vindaro;
@@ -256,6 +258,59 @@ TEST(FrmCopyAllFiles, CancelActsAtTheStopTickAndKeepsThePartialFile)
     EXPECT_TRUE(rig.frm.result().cancelled);
     EXPECT_FALSE(rig.frm.isVisible());
     EXPECT_TRUE(rig.prompts.boxes.isEmpty()); // a batch cancel asks nothing
+}
+
+// Closing the window while files are copied is a cancel. Made during the last block of a file, it ends
+// the batch there: that file is complete (so no resume record), and the next one is never created.
+TEST(FrmCopyAllFiles, CloseDuringTheLastBlockEndsTheBatchAfterThatFile)
+{
+    Rig rig;
+    rig.files.put(kA, positionBytes(3 * kStep + 1));
+    rig.files.put(kB, positionBytes(kStep));
+    HangingReads hang;
+    hang.install(rig.files, {kA}, 2 * kStep); // the last block of the first file
+    ASSERT_TRUE(rig.frm.CopyingFiles({kA, kB}));
+    ASSERT_TRUE(hang.waitEntered());
+
+    EXPECT_FALSE(rig.frm.close()); // refused, and taken as a cancel
+    EXPECT_TRUE(rig.frm.isVisible());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return rig.frm.copyState().cancelRequested.load(); }, kWaitMs));
+    hang.release.release();
+    ASSERT_TRUE(rig.waitFinished());
+
+    EXPECT_EQ(rig.files.bytes(kOut + QStringLiteral("AVSEQ01.DAT")), positionBytes(3 * kStep + 1));
+    EXPECT_FALSE(rig.files.contains(kOut + QStringLiteral("AVSEQ02.DAT")));
+    EXPECT_TRUE(rig.store.records.isEmpty());
+    EXPECT_TRUE(rig.frm.result().cancelled);
+    EXPECT_EQ(rig.frm.result().finished, 1);
+    EXPECT_FALSE(rig.frm.isVisible());
+}
+
+// A window destroyed while its batch runs (the program ends) waits for the worker, and the batch ends
+// with the file in hand, even when the end of that file clears the engine's flags: the files after it
+// are not copied without a window.
+TEST(FrmCopyAllFiles, DestroyedWindowEndsTheBatchAtTheFileInHand)
+{
+    Rig rig;
+    auto* frm
+        = new FrmCopyAllFiles(copy::FrmCopyAllFilesServices{rig.files, rig.store, rig.drives, rig.prompts});
+    const QStringList sources = {kA, kB, kC};
+    for (const QString& source : sources)
+        rig.files.put(source, positionBytes(kStep + 1));
+    std::atomic<bool> waiting{false};
+    rig.files.setReadHook([&](const QString& path, qint64 at, qint64) {
+        if (path != kA || at != 0)
+            return;
+        waiting = true;
+        while (!frm->worker().isShuttingDown()) // the window's destructor has begun
+            QThread::yieldCurrentThread();
+    });
+    ASSERT_TRUE(frm->CopyingFiles(sources));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return waiting.load(); }, kWaitMs));
+    delete frm;
+
+    EXPECT_EQ(rig.files.bytes(kOut + QStringLiteral("AVSEQ01.DAT")), positionBytes(kStep + 1)); // one block
+    EXPECT_FALSE(rig.files.contains(kOut + QStringLiteral("ITEM0001.DAT")));
 }
 
 // The existing-file question reaches the prompts from the worker thread and its answer comes back:

@@ -129,7 +129,7 @@ FrmCopyAllFiles::FrmCopyAllFiles(const FrmCopyAllFilesServices& services, QWidge
     setFont(song);
     setWindowTitle(QStringLiteral("批量复制文件"));
 
-    m_worker = std::make_unique<ThreadedBatchHost>(static_cast<BatchHost&>(*this));
+    m_worker = std::make_unique<ThreadedBatchHost>(static_cast<BatchHost&>(*this), &m_state);
     m_batch = std::make_unique<BatchCopier>(
         m_state, *m_worker, m_services.files, m_services.resumeStore, m_services.drives);
     connect(&m_worker->threaded(), &ThreadedCopyHost::jobFinished, this, &FrmCopyAllFiles::onJobFinished);

@@ -84,6 +84,12 @@ void ThreadedCopyHost::shutdown()
     }
 }
 
+bool ThreadedCopyHost::isShuttingDown()
+{
+    QMutexLocker lock(&m_mutex);
+    return m_aborting;
+}
+
 void ThreadedCopyHost::flushProgress()
 {
     if (!m_progressDirty.exchange(false))
@@ -250,10 +256,20 @@ void ThreadedCopyHost::stayPaused()
     runVoid([this] { m_uiHost.stayPaused(); });
 }
 
-ThreadedBatchHost::ThreadedBatchHost(BatchHost& uiHost)
+ThreadedBatchHost::ThreadedBatchHost(BatchHost& uiHost, CopyState* state)
     : m_uiHost(uiHost)
+    , m_state(state)
     , m_threaded(uiHost)
 {
+}
+
+void ThreadedBatchHost::enterCopyingState()
+{
+    m_threaded.enterCopyingState();
+    if (m_state && m_threaded.isShuttingDown()) {
+        m_state->stopRequested = true;
+        m_state->cancelRequested = true;
+    }
 }
 
 QString ThreadedBatchHost::chooseBatchFolder(bool& copyToSameDir)

@@ -2,6 +2,7 @@
 
 #include "copy/BatchCopier.h"
 #include "copy/CopyHost.h"
+#include "copy/CopyState.h"
 
 #include <QMutex>
 #include <QObject>
@@ -43,6 +44,7 @@ public:
     bool run(std::function<int()> job);
     bool isBusy() const { return m_busy; }
     void shutdown();
+    bool isShuttingDown(); // any thread: shutdown() has begun
     void setRefreshInterval(int milliseconds) { m_refreshTimer.setInterval(milliseconds); }
     int progressRefreshes() const { return m_refreshes; } // calls made to the UI host's updateProgress
     void flushProgress(); // hands the latest position to the UI host, if it changed
@@ -101,19 +103,23 @@ private:
 // batch's own calls are marshalled the same way to the batch window on the UI thread. The promises of
 // ThreadedCopyHost hold for all of them; in addition, the file labels and the animation are handed over
 // without waiting (nothing comes back from them), and after shutdown() the folder choice answers "none"
-// (the batch does not start) and the existing-file question 0 (the batch ends).
+// (the batch does not start), the existing-file question 0 (the batch ends), and with a `state` every
+// file that starts is stopped before its first block (stopRequested and cancelRequested set again after
+// the engine cleared them), so a batch shut down between two files ends there instead of copying the
+// rest with no window to show it.
 class ThreadedBatchHost final : public BatchHost
 {
 public:
-    // `uiHost` must outlive this object; both live on the calling (UI) thread.
-    explicit ThreadedBatchHost(BatchHost& uiHost);
+    // `uiHost` (and `state`, if given) must outlive this object; both hosts live on the calling (UI)
+    // thread.
+    explicit ThreadedBatchHost(BatchHost& uiHost, CopyState* state = nullptr);
 
     ThreadedCopyHost& threaded() { return m_threaded; } // run(), isBusy(), shutdown(), jobFinished
 
     int showBox(const platform::MessageBox& box) override { return m_threaded.showBox(box); }
     void log(const QString& entry) override { m_threaded.log(entry); }
     void yield() override { }
-    void enterCopyingState() override { m_threaded.enterCopyingState(); }
+    void enterCopyingState() override;
     void enterIdleState() override { m_threaded.enterIdleState(); }
     void resetAfterCancel() override { m_threaded.resetAfterCancel(); }
     void stopTimer() override { m_threaded.stopTimer(); }
@@ -143,6 +149,7 @@ public:
 
 private:
     BatchHost& m_uiHost;
+    CopyState* m_state; // may be null
     ThreadedCopyHost m_threaded;
 };
 
