@@ -149,6 +149,23 @@ TEST_F(BatchCopierTest, CancelKeepsThePartialFileWithAResumeRecord)
     EXPECT_TRUE(host.base.boxes.isEmpty()); // no delete question in a batch
 }
 
+// The window raises the flags again between two files: the batch ends without creating the next file.
+TEST_F(BatchCopierTest, CancelBetweenFilesTouchesNoFurtherDestination)
+{
+    files.put(kA, positionBytes(1000));
+    files.put(kB, positionBytes(1000));
+    host.base.onYield = [&] {
+        if (files.contains(kOut + QStringLiteral("AVSEQ01.DAT")) && !state.copyRunning) {
+            state.stopRequested = true;
+            state.cancelRequested = true;
+        }
+    };
+    const BatchResult r = batch.copyingFiles({kA, kB});
+    EXPECT_EQ(r.finished, 1);
+    EXPECT_FALSE(files.contains(kOut + QStringLiteral("AVSEQ02.DAT")));
+    EXPECT_TRUE(store.records.isEmpty());
+}
+
 TEST_F(BatchCopierTest, UnreadableStretchSkipsEightyBlocksWithoutALogEntry)
 {
     const QByteArray data = positionBytes(4'000'000);
