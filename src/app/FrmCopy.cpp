@@ -3,26 +3,41 @@
 #include "BoxPresenter.h"
 #include "CopyChoices.h"
 #include "OperationLogModel.h"
+#include "chrome/Artwork.h"
+#include "chrome/Frame3D.h"
+#include "chrome/MenuBand.h"
+#include "chrome/PictureButton.h"
+#include "chrome/TitleBars.h"
+#include "chrome/ToolTips.h"
+#include "chrome/TrayController.h"
 #include "copy/ProgressFigures.h"
+#include "copy/ui/FrmCopyAllFiles.h"
 #include "copy/ui/ProgressBar.h"
 #include "copy/ui/ThreadedCopyHost.h"
+#include "drives/CdDrivePopup.h"
+#include "drives/TrayJob.h"
+#include "files/FileSystem.h"
 #include "files/Format.h"
+#include "files/ui/FileListCombo.h"
+#include "files/ui/FileListController.h"
+#include "files/ui/FileListDialogs.h"
+#include "files/ui/FileMenu.h"
+#include "sysinfo/OsVersionName.h"
 
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QFileDialog>
-#include <QFileInfo>
-#include <QFrame>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSlider>
-#include <QStyle>
+#include <QStatusBar>
 #include <QTime>
 #include <QTimer>
-#include <QToolButton>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -61,13 +76,31 @@ QLabel* titleLabel(const QString& caption, const char* name)
     return named(new QLabel(caption), name);
 }
 
-QToolButton* pictureButton(QStyle::StandardPixmap icon, const char* name, QStyle* style)
+QLabel* iconBox(const char* name, int side)
 {
-    auto* button = named(new QToolButton, name);
-    button->setIcon(style->standardIcon(icon));
-    button->setAutoRaise(true);
-    button->setIconSize(QSize(24, 24));
-    return button;
+    auto* box = named(new QLabel, name);
+    box->setFixedSize(side, side);
+    box->setAlignment(Qt::AlignCenter);
+    return box;
+}
+
+QStatusBar* statusBar(const char* name)
+{
+    auto* bar = named(new QStatusBar, name);
+    bar->setSizeGripEnabled(false);
+    bar->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    return bar;
+}
+
+// The two slider hints go on the sliders' captions: the sliders carry the short tips of the chrome table.
+QList<chrome::ToolTipEntry> sliderCaptionTips()
+{
+    return {{QStringLiteral("lblBlock1Title"), QString(),
+                {QStringLiteral("当盘片存在严重的质量问题时"),
+                    QStringLiteral("你可以减少读取的块数，这样容易成功")}},
+        {QStringLiteral("lblBlock2Title"), QString(),
+            {QStringLiteral("当遇到大块的坏区不能读取时"),
+                QStringLiteral("建议你手动跳过去否则会消耗很长时间")}}};
 }
 
 } // namespace
@@ -83,7 +116,7 @@ void installFontSubstitutions()
 }
 
 FrmCopy::FrmCopy(const FrmCopyServices& services, QWidget* parent)
-    : QWidget(parent)
+    : QWidget(parent, Qt::Window | Qt::FramelessWindowHint)
     , m_services(services)
 {
     installFontSubstitutions();
@@ -91,12 +124,33 @@ FrmCopy::FrmCopy(const FrmCopyServices& services, QWidget* parent)
     song.setPointSizeF(font().pointSizeF());
     setFont(song);
     setWindowTitle(QStringLiteral("Vindaro"));
+    setWindowIcon(chrome::artworkIcon(chrome::ArtworkId::AppIcon));
+
+    // Notices of the file system ("drive not ready") come to this window's message boxes.
+    m_fileSystem = std::make_unique<files::FileSystem>(m_services.volumes, m_services.shell, this);
+    if (!m_services.prompter) {
+        m_ownPrompter = std::make_unique<files::MessageBoxPrompter>(this);
+        m_services.prompter = m_ownPrompter.get();
+    }
+    if (!m_services.listDialogs) {
+        m_ownListDialogs = std::make_unique<files::QtListDialogs>();
+        m_services.listDialogs = m_ownListDialogs.get();
+    }
+    if (!m_services.batchPrompts) {
+        m_ownBatchPrompts = std::make_unique<copy::DialogBatchPrompts>(&m_services.resumeStore);
+        m_services.batchPrompts = m_ownBatchPrompts.get();
+    }
+    if (!m_services.opticalDrives)
+        m_services.opticalDrives = drives::makeSystemOpticalDrives();
 
     m_worker = std::make_unique<copy::ThreadedCopyHost>(static_cast<copy::CopyHost&>(*this));
     m_session = std::make_unique<copy::CopySession>(
         m_state, *m_worker, m_services.files, m_services.resumeStore, m_services.drives);
     connect(m_worker.get(), &copy::ThreadedCopyHost::jobFinished, this, &FrmCopy::onJobFinished);
 
+    m_fileList
+        = new files::FileListController(*m_fileSystem, *m_services.prompter, *m_services.listDialogs, this);
+    m_tray = new chrome::TrayController(this, m_services.trayAvailable);
     buildWindow();
 
     // Start-up: the tick is off until a copy starts; the sliders get their range, then their value.
@@ -117,60 +171,70 @@ FrmCopy::FrmCopy(const FrmCopyServices& services, QWidget* parent)
     connect(m_sldReadBlocks, &QSlider::valueChanged, this, &FrmCopy::sldReadBlocksChange);
     connect(m_sldSkipBlocks, &QSlider::valueChanged, this, &FrmCopy::sldSkipBlocksChange);
 
-    m_cmbFileCopy->setEditText(m_services.fileListText.trimmed());
-    attachToolTips();
+    connectFileList();
+    connectChrome();
+    // The list starts empty; its box shows the report on optical drives that are not ready.
+    m_fileList->model().setCurrentText(m_services.fileListText.trimmed());
     setControlsForCopying(false);
     resetFigures();
     m_cmdPauseCopy->setText(kPauseCaption);
+
+    // Last, once every control exists and has its name.
+    attachToolTips();
+    m_fileList->acceptDrops(this);
 }
 
 FrmCopy::~FrmCopy()
 {
+    delete m_batchWindow.data(); // stops its batch after the block in progress
     // A copy still running stops after its block, like a pause: the partial destination stays as it is.
     m_state.stopRequested = true;
     m_worker->shutdown();
+    // The children (file list, its box and menu, the tray icon) use the file system and the prompters
+    // held here: they go first.
+    m_fileList->model().cancelScans();
+    qDeleteAll(findChildren<QObject*>(QString(), Qt::FindDirectChildrenOnly));
 }
 
 void FrmCopy::buildWindow()
 {
+    // The vertical bar down the left side; the horizontal bar across the top of everything else.
     auto* outer = new QHBoxLayout(this);
-    outer->setContentsMargins(0, 0, 0, 0);
+    outer->setContentsMargins(1, 1, 1, 1); // room for the window's own one-pixel frame
     outer->setSpacing(0);
-
-    m_picVTitleBar = named(new QFrame, "picVTitleBar");
-    m_picVTitleBar->setFixedWidth(22);
-    m_picVTitleBar->setAutoFillBackground(true);
-    QPalette barPalette = m_picVTitleBar->palette();
-    barPalette.setColor(QPalette::Window, palette().color(QPalette::Highlight));
-    m_picVTitleBar->setPalette(barPalette);
+    m_picVTitleBar = new chrome::VTitleBar;
     outer->addWidget(m_picVTitleBar);
+    auto* column = new QVBoxLayout;
+    column->setSpacing(0);
+    outer->addLayout(column, 1);
+    m_picHTitleBar = new chrome::HTitleBar;
+    column->addWidget(m_picHTitleBar);
 
     auto* body = new QVBoxLayout;
-    body->setContentsMargins(8, 6, 8, 8);
-    outer->addLayout(body, 1);
+    body->setContentsMargins(8, 6, 8, 4);
+    column->addLayout(body, 1);
 
     auto* buttons = new QHBoxLayout;
-    m_picRefresh = pictureButton(QStyle::SP_BrowserReload, "picRefresh", style());
-    m_picSearch = pictureButton(QStyle::SP_FileDialogContentsView, "picSearch", style());
-    m_picSetUp = pictureButton(QStyle::SP_FileDialogDetailedView, "picSetUp", style());
-    m_picWatch = pictureButton(QStyle::SP_FileDialogInfoView, "picWatch", style());
-    buttons->addWidget(m_picRefresh);
-    buttons->addWidget(m_picSearch);
-    buttons->addWidget(m_picSetUp);
-    buttons->addWidget(m_picWatch);
+    buttons->setSpacing(2);
+    m_picRefresh = new chrome::PictureButton(chrome::ArtworkId::Refresh, QStringLiteral("picRefresh"));
+    m_picSearch = new chrome::PictureButton(chrome::ArtworkId::Search, QStringLiteral("picSearch"));
+    m_picSetUp = new chrome::PictureButton(chrome::ArtworkId::SetUp, QStringLiteral("picSetUp"));
+    m_picWatch = new chrome::PictureButton(chrome::ArtworkId::Watch, QStringLiteral("picWatch"));
+    for (chrome::PictureButton* button : {m_picRefresh, m_picSearch, m_picSetUp, m_picWatch})
+        buttons->addWidget(button);
     buttons->addStretch(1);
+    m_image1 = iconBox("Image1", 32);
+    m_image1->setScaledContents(true);
+    buttons->addWidget(m_image1);
     body->addLayout(buttons);
-    connect(m_picSetUp, &QToolButton::clicked, this, &FrmCopy::picSetUpClick);
 
     // The copy panel.
     m_picture1 = named(new QWidget, "Picture1");
     auto* copyGrid = new QGridLayout(m_picture1);
     copyGrid->setContentsMargins(0, 0, 0, 0);
     m_cmdSourceFile = named(new QPushButton(QStringLiteral("要拷贝的文件[&F]")), "cmdSourceFile");
-    m_cmbFileCopy = named(new QComboBox, "cmbFileCopy");
-    m_cmbFileCopy->setEditable(true);
+    m_cmbFileCopy = m_fileList->combo(); // named cmbFileCopy by the file list
     m_cmbFileCopy->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    m_cmbFileCopy->setMinimumContentsLength(30);
     m_cmdDestinationPath = named(new QPushButton(QStringLiteral("文件保存路径[&P]")), "cmdDestinationPath");
     m_txtFileCopy = named(new QLineEdit, "txtFileCopy");
     copyGrid->addWidget(m_cmdSourceFile, 0, 0);
@@ -178,34 +242,42 @@ void FrmCopy::buildWindow()
     copyGrid->addWidget(m_cmdDestinationPath, 1, 0);
     copyGrid->addWidget(m_txtFileCopy, 1, 1, 1, 3);
 
+    m_lblFilesInfo = named(new QLabel, "lblFilesInfo");
+    copyGrid->addWidget(m_lblFilesInfo, 2, 1, 1, 3);
+
     m_picProgressBar = named(new copy::ProgressBar, "picProgressBar");
-    copyGrid->addWidget(m_picProgressBar, 2, 0, 1, 4);
+    copyGrid->addWidget(m_picProgressBar, 3, 0, 1, 4);
 
     m_lblYiFuZhi = named(new QLabel, "lblYiFuZhi");
     m_lblZongJiHaoShi = named(new QLabel, "lblZongJiHaoShi");
     m_lblShengYuShiJian = named(new QLabel, "lblShengYuShiJian");
     m_lblGuJiXiaoHao = named(new QLabel, "lblGuJiXiaoHao");
     m_lblShuJuLiuLiang = named(new QLabel, "lblShuJuLiuLiang");
-    copyGrid->addWidget(titleLabel(QStringLiteral("已复制[字节]："), "lblYiFuZhiTitle"), 3, 0);
-    copyGrid->addWidget(m_lblYiFuZhi, 3, 1);
-    copyGrid->addWidget(titleLabel(QStringLiteral("已用时间："), "lblZongJiHaoShiTitle"), 3, 2);
-    copyGrid->addWidget(m_lblZongJiHaoShi, 3, 3);
-    copyGrid->addWidget(titleLabel(QStringLiteral("剩余时间："), "lblShengYuShiJianTitle"), 4, 0);
-    copyGrid->addWidget(m_lblShengYuShiJian, 4, 1);
-    copyGrid->addWidget(titleLabel(QStringLiteral("估计消耗："), "lblGuJiXiaoHaoTitle"), 4, 2);
-    copyGrid->addWidget(m_lblGuJiXiaoHao, 4, 3);
-    copyGrid->addWidget(titleLabel(QStringLiteral("存取速度："), "lblShuJuLiuLiangTitle"), 5, 0);
-    copyGrid->addWidget(m_lblShuJuLiuLiang, 5, 1);
+    copyGrid->addWidget(titleLabel(QStringLiteral("已复制[字节]："), "lblYiFuZhiTitle"), 4, 0);
+    copyGrid->addWidget(m_lblYiFuZhi, 4, 1);
+    copyGrid->addWidget(titleLabel(QStringLiteral("已用时间："), "lblZongJiHaoShiTitle"), 4, 2);
+    copyGrid->addWidget(m_lblZongJiHaoShi, 4, 3);
+    copyGrid->addWidget(titleLabel(QStringLiteral("剩余时间："), "lblShengYuShiJianTitle"), 5, 0);
+    copyGrid->addWidget(m_lblShengYuShiJian, 5, 1);
+    copyGrid->addWidget(titleLabel(QStringLiteral("估计消耗："), "lblGuJiXiaoHaoTitle"), 5, 2);
+    copyGrid->addWidget(m_lblGuJiXiaoHao, 5, 3);
+    copyGrid->addWidget(titleLabel(QStringLiteral("存取速度："), "lblShuJuLiuLiangTitle"), 6, 0);
+    copyGrid->addWidget(m_lblShuJuLiuLiang, 6, 1);
 
     auto* commands = new QHBoxLayout;
+    m_optOpenCD = named(new QRadioButton(QStringLiteral("弹出 CD_ROM[&A]")), "optOpenCD");
+    m_optCloseCD = named(new QRadioButton(QStringLiteral("关闭 CD_ROM[&Z]")), "optCloseCD");
     m_cmdStartCopy = named(new QPushButton(QStringLiteral("开始复制[&B]")), "cmdStartCopy");
     m_cmdPauseCopy = named(new QPushButton(kPauseCaption), "cmdPauseCopy");
     m_cmdCancelCopy = named(new QPushButton(QStringLiteral("取消复制[&C]")), "cmdCancelCopy");
+    commands->addWidget(m_optOpenCD);
+    commands->addSpacing(6);
+    commands->addWidget(m_optCloseCD);
     commands->addStretch(1);
     commands->addWidget(m_cmdStartCopy);
     commands->addWidget(m_cmdPauseCopy);
     commands->addWidget(m_cmdCancelCopy);
-    copyGrid->addLayout(commands, 6, 0, 1, 4);
+    copyGrid->addLayout(commands, 7, 0, 1, 4);
     body->addWidget(m_picture1);
 
     // The settings panel.
@@ -232,6 +304,23 @@ void FrmCopy::buildWindow()
     m_picture2->hide();
     body->addWidget(m_picture2);
 
+    // The facts of the current entry, under both panels: dates, then size, type and attributes, each
+    // after a 16-pixel picture of the file.
+    m_picSmallIcon16A = iconBox("PicSmallIcon_16A", 16);
+    m_picSmallIcon16B = iconBox("PicSmallIcon_16B", 16);
+    m_stbFileInfoShowsAreaA = statusBar("stbFileInfoShowsArea_A");
+    m_stbFileInfoShowsAreaB = statusBar("stbFileInfoShowsArea_B");
+    for (const auto& [icon, bar] :
+        {std::pair<QLabel*, QStatusBar*>{m_picSmallIcon16A, m_stbFileInfoShowsAreaA},
+            std::pair<QLabel*, QStatusBar*>{m_picSmallIcon16B, m_stbFileInfoShowsAreaB}}) {
+        auto* row = new QHBoxLayout;
+        row->setContentsMargins(8, 0, 8, 0);
+        row->setSpacing(2);
+        row->addWidget(icon);
+        row->addWidget(bar, 1);
+        column->addLayout(row);
+    }
+
     m_tmrTime = named(new QTimer(this), "tmrTime");
 
     connect(m_cmdStartCopy, &QPushButton::clicked, this, &FrmCopy::cmdStartCopyClick);
@@ -240,34 +329,125 @@ void FrmCopy::buildWindow()
     connect(m_cmdSourceFile, &QPushButton::clicked, this, &FrmCopy::cmdSourceFileClick);
     connect(m_cmdDestinationPath, &QPushButton::clicked, this, &FrmCopy::cmdDestinationPathClick);
     connect(m_cmdBackCopy, &QPushButton::clicked, this, &FrmCopy::cmdBackCopyClick);
+    connect(m_picSetUp, &QAbstractButton::clicked, this, &FrmCopy::picSetUpClick);
     connect(m_tmrTime, &QTimer::timeout, this, &FrmCopy::tmrTimeTimer);
     // The destination's tooltip always shows the whole path, however narrow the box.
     connect(m_txtFileCopy, &QLineEdit::textChanged, m_txtFileCopy, &QLineEdit::setToolTip);
 }
 
+void FrmCopy::connectFileList()
+{
+    m_fileList->bindDisplays({m_stbFileInfoShowsAreaA, m_stbFileInfoShowsAreaB, m_lblFilesInfo,
+        m_picSmallIcon16A, m_picSmallIcon16B, m_image1, m_txtFileCopy});
+    // The same menu opens from the list box and from the title bar.
+    chrome::styleFileMenu(m_fileList->menu());
+
+    connect(m_fileList, &files::FileListController::exitRequested, this, &QWidget::close);
+    connect(m_fileList, &files::FileListController::aboutRequested, this, &FrmCopy::showAboutBox);
+    connect(m_fileList, &files::FileListController::batchCopyRequested, this, &FrmCopy::runBatchCopy);
+    connect(m_fileList, &files::FileListController::copyDisplaysReset, this, [this] {
+        m_picProgressBar->clear();
+        resetFigures();
+    });
+    // previewStopRequested, previewCloseRequested and previewRequested stay unconnected: the program has
+    // no video preview window, so there is nothing to stop, close or play. The allow-preview mark is
+    // still kept by the menu.
+}
+
+void FrmCopy::connectChrome()
+{
+    connect(m_picHTitleBar, &chrome::HTitleBar::fileMenuRequested, this,
+        [this](const QPoint& at) { ShowPopupMenu(kFileMenu, at); });
+    connect(m_picHTitleBar, &chrome::HTitleBar::closeRequested, this, &QWidget::close);
+    connect(m_picHTitleBar, &chrome::HTitleBar::minimizeRequested, this, &QWidget::showMinimized);
+    connect(m_picHTitleBar, &chrome::HTitleBar::trayRequested, m_tray, &chrome::TrayController::sendToTray);
+
+    connect(m_picRefresh, &QAbstractButton::clicked, this, [this] { m_fileList->model().RefreshFileList(); });
+    // picSearch and picWatch follow the state switches; the search and log windows they open are not part
+    // of the program yet, so a click does nothing.
+
+    connect(m_optOpenCD, &QAbstractButton::clicked, this, [this] { optCDClick(true); });
+    connect(m_optCloseCD, &QAbstractButton::clicked, this, [this] { optCDClick(false); });
+    for (QRadioButton* option : {m_optOpenCD, m_optCloseCD}) {
+        auto* look = new chrome::OptionButtonChrome(option);
+        // Queued: the menu runs its own loop, which must not start inside the button's mouse handling.
+        connect(
+            look, &chrome::OptionButtonChrome::cdMenuRequested, this,
+            [this](const QPoint& at) { ShowPopupMenu(kCdRomMenu, at); }, Qt::QueuedConnection);
+    }
+}
+
 void FrmCopy::attachToolTips()
 {
-    // Plain tooltips; the chrome's balloon tooltips replace them later.
-    const QString nl = QStringLiteral("\n");
-    m_cmdStartCopy->setToolTip(QStringLiteral("开始复制文件"));
-    m_cmdPauseCopy->setToolTip(QStringLiteral("暂停/继续复制文件"));
-    m_cmdCancelCopy->setToolTip(QStringLiteral("取消复制文件"));
-    m_cmdBackCopy->setToolTip(QStringLiteral("返回并继续复制"));
-    m_cmdSourceFile->setToolTip(QStringLiteral("选择要复制的文件"));
-    m_cmdDestinationPath->setToolTip(QStringLiteral("选择文件保存路径"));
-    m_sldReadBlocks->setToolTip(QStringLiteral("如果盘片质量不太好，建议块数设小一点"));
-    m_sldSkipBlocks->setToolTip(QStringLiteral("设置每次跳过的块数，建议使用缺省设置"));
-    findChild<QLabel*>(QStringLiteral("lblBlock1Title"))
-        ->setToolTip(QStringLiteral("当盘片存在严重的质量问题时") + nl
-            + QStringLiteral("你可以减少读取的块数，这样容易成功"));
-    findChild<QLabel*>(QStringLiteral("lblBlock2Title"))
-        ->setToolTip(QStringLiteral("当遇到大块的坏区不能读取时") + nl
-            + QStringLiteral("建议你手动跳过去否则会消耗很长时间"));
-    m_picSetUp->setToolTip(
-        QStringLiteral("<b>单击设置每次读取或跳过的块数</b><br>当盘片存在严重的质量问题时<br>"
-                       "你可以减少读取的块数，这样容易成功<br>当遇到大块的坏区不能读取时<br>"
-                       "建议你手动跳过去否则会消耗很长时间"));
-    m_picRefresh->setToolTip(QStringLiteral("刷新窗口界面及其文件列表"));
+    // Balloon tips for the controls of the chrome's table and for the two slider captions. The list box
+    // and the destination box keep their own tooltips, which follow their text.
+    chrome::attachToolTips(this);
+    chrome::attachToolTips(this, sliderCaptionTips());
+}
+
+void FrmCopy::ShowPopupMenu(int kind, const QPoint& globalPos)
+{
+    switch (kind) {
+    case kFileMenu:
+        m_fileList->menu()->popup(globalPos);
+        break;
+    case kCdRomMenu:
+        chrome::showCdDriveMenu(this, globalPos, m_services.opticalDrives);
+        break;
+    default:
+        break;
+    }
+}
+
+// The default drive's tray moves on a pool thread: a drive that takes seconds never holds up the window.
+void FrmCopy::optCDClick(bool open)
+{
+    drives::runTrayJobWithBusyCursor(m_services.opticalDrives, [open](drives::CDRomDriveControl& control) {
+        if (open)
+            control.OpenFirstCDdoor();
+        else
+            control.CloseFirstCDdoor();
+    });
+}
+
+void FrmCopy::showAboutBox()
+{
+    // A plain box until the program has its about window with the computer's facts.
+    chrome::ToolTipEntry note;
+    for (const chrome::ToolTipEntry& entry : chrome::mainWindowToolTips()) {
+        if (entry.control == QLatin1String("picVTitleBar"))
+            note = entry;
+    }
+    platform::MessageBox box;
+    box.title = note.title;
+    box.text = note.text() + QStringLiteral("\r\n\r\n") + sysinfo::GetOSVersionName();
+    box.icon = platform::BoxIcon::Information;
+    box.buttons = platform::BoxButtons::Ok;
+    m_services.boxes.present(box, this);
+}
+
+// The whole list is copied into one folder by the batch window. It is a window of its own, not a child,
+// so that disabling this one leaves it usable; this one is enabled again when the batch has finished.
+void FrmCopy::runBatchCopy()
+{
+    if (m_batchWindow)
+        return;
+    copy::FrmCopyAllFilesServices services{m_services.files, m_services.resumeStore, m_services.drives,
+        *m_services.batchPrompts, [this](const QString& entry) { m_services.log.add(entry); }};
+    auto* batch = new copy::FrmCopyAllFiles(services);
+    batch->setAttribute(Qt::WA_DeleteOnClose);
+    batch->setWindowIcon(windowIcon());
+    m_batchWindow = batch;
+    setEnabled(false);
+    connect(batch, &copy::FrmCopyAllFiles::batchFinished, this, [this] {
+        setEnabled(true);
+        emit batchCopyFinished();
+    });
+    if (!batch->CopyingFiles(m_fileList->model().entries())) {
+        delete batch;
+        setEnabled(true);
+        emit batchCopyFinished();
+    }
 }
 
 // Everything the table of state switches names: on while idle, off while copying; pause, cancel and the
@@ -280,6 +460,8 @@ void FrmCopy::setControlsForCopying(bool copying)
              static_cast<QWidget*>(m_picRefresh), static_cast<QWidget*>(m_picSearch),
              static_cast<QWidget*>(m_picSetUp), static_cast<QWidget*>(m_picWatch)})
         w->setEnabled(!copying);
+    if (m_picture2->isVisibleTo(this))
+        m_picSetUp->setEnabled(false); // the settings panel is open: cmdBackCopy gives it back
     m_cmdPauseCopy->setEnabled(copying);
     m_cmdCancelCopy->setEnabled(copying);
     if (copying)
@@ -479,13 +661,7 @@ void FrmCopy::cmdSourceFileClick()
 {
     resetFigures();
     m_picProgressBar->clear();
-    const QStringList chosen = QFileDialog::getOpenFileNames(
-        this, QStringLiteral("打开"), QFileInfo(sourceText()).absolutePath(), kFileFilters);
-    if (chosen.isEmpty())
-        return;
-    m_cmbFileCopy->clear();
-    m_cmbFileCopy->addItems(chosen);
-    m_cmbFileCopy->setCurrentIndex(0);
+    m_fileList->commands().AddFromFileChooser(); // empties the list, then fills it from the open dialog
 }
 
 void FrmCopy::cmdDestinationPathClick()
@@ -501,14 +677,13 @@ void FrmCopy::picSetUpClick()
 {
     m_picture1->hide();
     m_picture2->show();
-    m_picSetUp->setDown(true); // pressed look while the panel is open
+    m_picSetUp->setEnabled(false); // until the panel is left with cmdBackCopy
 }
 
 void FrmCopy::cmdBackCopyClick()
 {
     m_picture2->hide();
     m_picture1->show();
-    m_picSetUp->setDown(false);
     if (m_mode != Mode::Copying)
         m_picSetUp->setEnabled(true);
 }
@@ -538,8 +713,8 @@ void FrmCopy::sldSkipBlocksChange(int value)
 
 void FrmCopy::closeEvent(QCloseEvent* event)
 {
-    if (m_state.copyRunning) {
-        event->ignore(); // refused without a word while a copy runs
+    if (m_state.copyRunning || m_batchWindow) {
+        event->ignore(); // refused without a word while a copy or a batch runs
         return;
     }
     platform::MessageBox box;
@@ -549,10 +724,21 @@ void FrmCopy::closeEvent(QCloseEvent* event)
     box.buttons = platform::BoxButtons::YesNo;
     const int answer = m_services.boxes.present(box, this);
     m_state.lastAnswer = answer;
-    if (answer == platform::kAnswerYes)
-        event->accept();
-    else
+    if (answer != platform::kAnswerYes) {
         event->ignore();
+        return;
+    }
+    m_tray->removeIcon();
+    event->accept();
+}
+
+void FrmCopy::paintEvent(QPaintEvent* event)
+{
+    QWidget::paintEvent(event);
+    // Without the system's frame the window draws its own one-pixel edge.
+    QPainter painter(this);
+    painter.setPen(palette().color(QPalette::Dark));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }
 
 } // namespace vindaro::app

@@ -6,22 +6,45 @@
 
 #include <QWidget>
 
+#include <QPointer>
+
 #include <functional>
 #include <memory>
 
 class QComboBox;
-class QFrame;
 class QLabel;
 class QLineEdit;
 class QPushButton;
+class QRadioButton;
 class QSlider;
+class QStatusBar;
 class QTimer;
-class QToolButton;
 
 namespace vindaro::copy {
+class BatchPrompts;
 class ProgressBar;
 class ThreadedCopyHost;
 } // namespace vindaro::copy
+
+namespace vindaro::files {
+class FileListController;
+class FileSystem;
+class ListDialogs;
+class Prompter;
+} // namespace vindaro::files
+
+namespace vindaro::platform {
+class OpticalDrives;
+class Shell;
+class Volumes;
+} // namespace vindaro::platform
+
+namespace vindaro::chrome {
+class HTitleBar;
+class PictureButton;
+class TrayController;
+class VTitleBar;
+} // namespace vindaro::chrome
 
 namespace vindaro::app {
 
@@ -38,6 +61,19 @@ struct FrmCopyServices
     BoxPresenter& boxes;
     CopyChoices& choices;
     OperationLogModel& log;
+    // The file list's file system: mounted volumes and the desktop's file operations.
+    platform::Volumes& volumes;
+    platform::Shell& shell;
+    // The optical drives whose trays optOpenCD, optCloseCD and the CD-ROM menu move. Shared with the tray
+    // jobs, which may outlive a click by seconds.
+    std::shared_ptr<platform::OpticalDrives> opticalDrives;
+    // The file list's questions and choosers and the batch copy's questions; when null the window makes
+    // its own message boxes and dialogs. Tests hand in scripted ones.
+    files::Prompter* prompter = nullptr;
+    files::ListDialogs* listDialogs = nullptr;
+    copy::BatchPrompts* batchPrompts = nullptr;
+    // Whether the desktop has a notification area; QSystemTrayIcon's answer when empty.
+    std::function<bool()> trayAvailable = {};
     // The second of the minute (0..59) now; the wall clock when empty. Tests pin it.
     std::function<int()> clockSecond = {};
     // The file list's first text: the report on optical drives that are not ready (empty when all are).
@@ -51,7 +87,12 @@ struct FrmCopyServices
 // the UI thread that the worker's calls arrive at. Buttons, sliders and the one-second tick act on the
 // shared copy::CopyState, which the block loop reads between blocks.
 //
-// Modes: idle, copying, paused. Exit is refused without a word while copying and asked about otherwise.
+// Around the copy area: the file list (files::FileListController) with its file menu, status bars and drops,
+// the title bars and picture buttons with their balloon tips, the CD-ROM option buttons and menu, the tray
+// icon, and the batch copy of the whole list (copy::FrmCopyAllFiles), during which this window is disabled.
+//
+// Modes: idle, copying, paused. Exit is refused without a word while copying or while a batch runs, and
+// asked about otherwise.
 class FrmCopy : public QWidget, public copy::CopyHost
 {
     Q_OBJECT
@@ -94,14 +135,31 @@ public:
     // The one-second tick of tmrTime: elapsed, remaining, estimated and throughput figures.
     void tmrTimeTimer();
 
+    // Pop-up menus: kind 0 the file menu, kind 1 the CD-ROM menu, at globalPos.
+    enum PopupKind
+    {
+        kFileMenu = 0,
+        kCdRomMenu = 1
+    };
+    void ShowPopupMenu(int kind, const QPoint& globalPos);
+
+    files::FileListController& fileList() { return *m_fileList; }
+    chrome::TrayController& tray() { return *m_tray; }
+    // The batch window (a copy::FrmCopyAllFiles) while a batch runs, else null.
+    QWidget* batchWindow() const { return m_batchWindow; }
+
 signals:
     void copyJobFinished(int outcome); // a start or continue has run its course on the worker
+    void batchCopyFinished(); // the batch window has closed and this window is enabled again
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     void buildWindow();
+    void connectFileList();
+    void connectChrome();
     void attachToolTips();
     void setControlsForCopying(bool copying);
     void resetFigures();
@@ -116,12 +174,20 @@ private:
     void cmdBackCopyClick();
     void sldReadBlocksChange(int value);
     void sldSkipBlocksChange(int value);
+    void optCDClick(bool open);
+    void showAboutBox();
+    void runBatchCopy();
 
     int currentSecond() const;
     QString sourceText() const;
     QString destinationText() const;
 
     FrmCopyServices m_services;
+    // What the file list works with; the window's children, which use them, are deleted first.
+    std::unique_ptr<files::FileSystem> m_fileSystem;
+    std::unique_ptr<files::Prompter> m_ownPrompter;
+    std::unique_ptr<files::ListDialogs> m_ownListDialogs;
+    std::unique_ptr<copy::BatchPrompts> m_ownBatchPrompts; // keeps the last batch folder for the run
     copy::CopyState m_state;
     std::unique_ptr<copy::ThreadedCopyHost> m_worker; // the engine's host on the worker thread
     std::unique_ptr<copy::CopySession> m_session;
@@ -129,14 +195,27 @@ private:
     int m_lastSecond = 0; // second of the minute at the previous tick
     int m_skipValue = 10; // the skip slider's value before its latest move
 
-    QFrame* m_picVTitleBar = nullptr;
-    QToolButton* m_picRefresh = nullptr;
-    QToolButton* m_picSearch = nullptr;
-    QToolButton* m_picSetUp = nullptr;
-    QToolButton* m_picWatch = nullptr;
+    files::FileListController* m_fileList = nullptr; // a child
+    chrome::TrayController* m_tray = nullptr; // a child
+    QPointer<QWidget> m_batchWindow; // the batch's window of its own, deleted when it closes
+
+    chrome::VTitleBar* m_picVTitleBar = nullptr;
+    chrome::HTitleBar* m_picHTitleBar = nullptr;
+    chrome::PictureButton* m_picRefresh = nullptr;
+    chrome::PictureButton* m_picSearch = nullptr;
+    chrome::PictureButton* m_picSetUp = nullptr;
+    chrome::PictureButton* m_picWatch = nullptr;
     QWidget* m_picture1 = nullptr;
     QWidget* m_picture2 = nullptr;
-    QComboBox* m_cmbFileCopy = nullptr;
+    QComboBox* m_cmbFileCopy = nullptr; // the file list's box
+    QStatusBar* m_stbFileInfoShowsAreaA = nullptr;
+    QStatusBar* m_stbFileInfoShowsAreaB = nullptr;
+    QLabel* m_lblFilesInfo = nullptr;
+    QLabel* m_picSmallIcon16A = nullptr;
+    QLabel* m_picSmallIcon16B = nullptr;
+    QLabel* m_image1 = nullptr;
+    QRadioButton* m_optOpenCD = nullptr;
+    QRadioButton* m_optCloseCD = nullptr;
     QLineEdit* m_txtFileCopy = nullptr;
     QPushButton* m_cmdSourceFile = nullptr;
     QPushButton* m_cmdDestinationPath = nullptr;

@@ -6,9 +6,10 @@
 #include "copy/FileResumeStore.h"
 #include "copy/VolumeDriveFacts.h"
 #include "drives/CDRomDriveControl.h"
-#include "platform/linux/LinuxOpticalDrives.h"
+#include "drives/TrayJob.h"
 #include "platform/linux/LinuxVolumes.h"
 #include "platform/linux/LocalFileLayer.h"
+#include "platform/linux/ui/LinuxShell.h"
 
 #include <QApplication>
 
@@ -20,16 +21,21 @@ int main(int argc, char** argv)
 
     vindaro::platform::LocalFileLayer files;
     vindaro::platform::LinuxVolumes volumes;
+    vindaro::platform::LinuxShell shell;
     vindaro::copy::FileResumeStore resumeStore;
     vindaro::copy::VolumeDriveFacts drives(volumes);
     vindaro::app::MessageBoxPresenter boxes;
     vindaro::app::DialogCopyChoices choices(&resumeStore);
     vindaro::app::OperationLogModel log;
 
-    vindaro::platform::LinuxOpticalDrives opticalDrives;
-    const QString cdRomReport = vindaro::drives::CDRomDriveControl(opticalDrives).GetCDRomInforStr();
+    const auto opticalDrives = vindaro::drives::makeSystemOpticalDrives();
+    const QString cdRomReport = vindaro::drives::CDRomDriveControl(*opticalDrives).GetCDRomInforStr();
 
-    vindaro::app::FrmCopy window({files, resumeStore, drives, boxes, choices, log, {}, cdRomReport});
+    // The file list's questions, choosers and the batch copy's questions are the window's own dialogs.
+    vindaro::app::FrmCopyServices services{
+        files, resumeStore, drives, boxes, choices, log, volumes, shell, opticalDrives};
+    services.fileListText = cdRomReport;
+    vindaro::app::FrmCopy window(services);
     window.show();
     return app.exec();
 }

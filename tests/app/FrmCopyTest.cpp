@@ -1,74 +1,24 @@
-#include "app/FrmCopy.h"
-#include "app/BoxPresenter.h"
-#include "app/CopyChoices.h"
-#include "app/OperationLogModel.h"
+#include "FrmCopyRig.h"
+#include "chrome/ToolTips.h"
 #include "copy/ui/ProgressBar.h"
 #include "copy/ui/ThreadedCopyHost.h"
-#include "fakes/FakeCopyHost.h"
-#include "fakes/MemoryFileLayer.h"
-#include "platform/Volumes.h"
 
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QSemaphore>
-#include <QSignalSpy>
 #include <QSlider>
-#include <QTest>
-#include <QTimer>
-#include <QToolButton>
-
-#include <gtest/gtest.h>
 
 using namespace vindaro;
+using namespace vindaro::testing;
 using app::FrmCopy;
 using copy::CopyOutcome;
-using vindaro::testing::MemoryFileLayer;
-using vindaro::testing::MemoryResumeStore;
-using vindaro::testing::positionBytes;
 
 namespace {
 
-constexpr int kWaitMs = 10000;
 constexpr qint64 kBlock = 40960; // 10 blocks of 4096 from an optical drive
-const QString kSource = QStringLiteral("/media/cdrom/MPEGAV/AVSEQ01.DAT");
-const QString kDestination = QStringLiteral("/home/user/video/a.dat");
 
-class ScriptedBoxes final : public app::BoxPresenter
+// The window with a source and a destination typed in.
+struct CopyRig : Rig
 {
-public:
-    QList<platform::MessageBox> shown;
-    QList<int> answers; // for Yes/No questions, in order; No once they run out
-    std::function<void(const platform::MessageBox&)> onBox;
-
-    int present(const platform::MessageBox& box, QWidget*) override
-    {
-        shown.append(box);
-        if (onBox)
-            onBox(box);
-        if (box.buttons == platform::BoxButtons::Ok)
-            return platform::kAnswerOk;
-        return answers.isEmpty() ? platform::kAnswerNo : answers.takeFirst();
-    }
-};
-
-class ScriptedChoices final : public app::CopyChoices
-{
-public:
-    int askContinueCopy(const QString&, const QString&, QWidget*) override { return 0; }
-    int askExistingFile(const QString&, const QString&, QString&, QWidget*) override { return 0; }
-};
-
-// Every path is on a ready optical drive with room to spare.
-class CdRomDrives final : public copy::DriveFacts
-{
-public:
-    int driveType(const QString&) override { return platform::kDriveCdRom; }
-    double freeBytes(const QString&) override { return 1e12; }
-    bool driveIsReady(const QString&) override { return true; }
-    QString driveName(const QString&) override { return QStringLiteral("/media/cdrom"); }
-    bool isFloppy(const QString&) override { return false; }
+    CopyRig() { typePaths(); }
 };
 
 // One read of the source hangs until the test lets it go.
@@ -92,66 +42,18 @@ struct HangingRead
     }
 };
 
-struct Rig
-{
-    MemoryFileLayer files;
-    MemoryResumeStore store;
-    CdRomDrives drives;
-    ScriptedBoxes boxes;
-    ScriptedChoices choices;
-    app::OperationLogModel log;
-    int second = 0; // the pinned clock's second of the minute
-    FrmCopy frm{app::FrmCopyServices{files, store, drives, boxes, choices, log, [this] { return second; },
-        QStringLiteral("光盘驱动器/dev/sr0还没有准备好\r\n")}};
-    QSignalSpy finished{&frm, &FrmCopy::copyJobFinished};
-
-    Rig()
-    {
-        EXPECT_EQ(combo()->currentText(), "光盘驱动器/dev/sr0还没有准备好"); // the drive report comes first
-        frm.show();
-        combo()->setEditText(kSource);
-        text("txtFileCopy")->setText(kDestination);
-    }
-    template<typename T = QWidget> T* child(const char* name)
-    {
-        T* found = frm.findChild<T*>(QLatin1String(name));
-        EXPECT_NE(found, nullptr) << name;
-        return found;
-    }
-    QLabel* label(const char* name) { return child<QLabel>(name); }
-    QLineEdit* text(const char* name) { return child<QLineEdit>(name); }
-    QComboBox* combo() { return child<QComboBox>("cmbFileCopy"); }
-    QPushButton* button(const char* name) { return child<QPushButton>(name); }
-    void click(const char* name) { QTest::mouseClick(child<QWidget>(name), Qt::LeftButton); }
-    QTimer* timer() { return frm.findChild<QTimer*>(QStringLiteral("tmrTime")); }
-    int waitForOutcome()
-    {
-        if (finished.isEmpty() && !finished.wait(kWaitMs))
-            return -1;
-        return finished.takeFirst().at(0).toInt();
-    }
-    QStringList figures()
-    {
-        return {label("lblYiFuZhi")->text(), label("lblZongJiHaoShi")->text(),
-            label("lblShengYuShiJian")->text(), label("lblGuJiXiaoHao")->text(),
-            label("lblShuJuLiuLiang")->text()};
-    }
-};
-
-const QStringList kIdleFigures{QStringLiteral("0字节"), QStringLiteral("00:00:00"),
-    QStringLiteral("00:00:00"), QStringLiteral("00:00:00"), QStringLiteral("0KB/秒")};
-
 TEST(FrmCopy, StartsIdleWithItsCaptionsAndDefaults)
 {
-    Rig rig;
+    CopyRig rig;
     EXPECT_EQ(rig.button("cmdSourceFile")->text(), "要拷贝的文件[&F]");
     EXPECT_EQ(rig.button("cmdDestinationPath")->text(), "文件保存路径[&P]");
     EXPECT_EQ(rig.button("cmdStartCopy")->text(), "开始复制[&B]");
     EXPECT_EQ(rig.button("cmdPauseCopy")->text(), "暂停复制[&S]");
     EXPECT_EQ(rig.button("cmdCancelCopy")->text(), "取消复制[&C]");
     EXPECT_EQ(rig.button("cmdBackCopy")->text(), "返回设置>>");
-    EXPECT_EQ(rig.button("cmdPauseCopy")->toolTip(), "暂停/继续复制文件");
-    EXPECT_EQ(rig.child<QSlider>("sldReadBlocks")->toolTip(), "如果盘片质量不太好，建议块数设小一点");
+    EXPECT_EQ(chrome::ToolTips::of(rig.button("cmdPauseCopy"))->text(), "暂停/继续复制文件");
+    EXPECT_EQ(
+        chrome::ToolTips::of(rig.child("sldReadBlocks"))->text(), "如果盘片质量不太好，建议块数设小一点");
     EXPECT_EQ(rig.figures(), kIdleFigures);
     EXPECT_EQ(rig.label("lblBlock1")->text(), "10块");
     EXPECT_EQ(rig.label("lblBlock2")->text(), "10块");
@@ -168,7 +70,7 @@ TEST(FrmCopy, StartsIdleWithItsCaptionsAndDefaults)
 
 TEST(FrmCopy, SlidersOnTheSettingsPanelSetBlocks)
 {
-    Rig rig;
+    CopyRig rig;
     auto* read = rig.child<QSlider>("sldReadBlocks");
     auto* skip = rig.child<QSlider>("sldSkipBlocks");
     EXPECT_EQ(read->maximum(), 100);
@@ -179,6 +81,7 @@ TEST(FrmCopy, SlidersOnTheSettingsPanelSetBlocks)
     rig.click("picSetUp");
     EXPECT_TRUE(rig.child("Picture2")->isVisible());
     EXPECT_FALSE(rig.child("Picture1")->isVisible());
+    EXPECT_FALSE(rig.child("picSetUp")->isEnabled()); // until the panel is left
 
     read->setFocus();
     for (int i = 0; i < 5; ++i)
@@ -216,7 +119,7 @@ class StateSwitch : public ::testing::TestWithParam<Switch>
 
 TEST_P(StateSwitch, SetsEveryControlOfTheTable)
 {
-    Rig rig;
+    CopyRig rig;
     copy::CopyState& state = rig.frm.copyState();
     const Switch which = GetParam();
     const bool copying = which == Switch::Copying;
@@ -275,7 +178,7 @@ INSTANTIATE_TEST_SUITE_P(Table, StateSwitch, ::testing::Values(Switch::Copying, 
 
 TEST(FrmCopy, TickCountsSecondsAcrossTheMinuteAndShowsFigures)
 {
-    Rig rig;
+    CopyRig rig;
     copy::CopyState& state = rig.frm.copyState();
     rig.second = 57;
     rig.frm.enterCopyingState();
@@ -308,7 +211,7 @@ TEST(FrmCopy, TickCountsSecondsAcrossTheMinuteAndShowsFigures)
 
 TEST(FrmCopy, ExitIsRefusedSilentlyDuringACopyAndAskedOtherwise)
 {
-    Rig rig;
+    CopyRig rig;
     rig.frm.copyState().copyRunning = true;
     EXPECT_FALSE(rig.frm.close());
     EXPECT_TRUE(rig.boxes.shown.isEmpty());
@@ -333,7 +236,7 @@ TEST(FrmCopy, ExitIsRefusedSilentlyDuringACopyAndAskedOtherwise)
 // skipped stretch stays zero in the destination and the rest arrives.
 TEST(FrmCopy, PauseSkipAndContinue)
 {
-    Rig rig;
+    CopyRig rig;
     const qint64 length = 20 * kBlock + 1;
     rig.files.put(kSource, positionBytes(length));
     HangingRead hang;
@@ -391,7 +294,7 @@ TEST(FrmCopy, PauseSkipAndContinue)
 // After a finished copy the figures stay as they were at the end; the copied figure shows the whole size.
 TEST(FrmCopy, FinishedCopyKeepsItsFigures)
 {
-    Rig rig;
+    CopyRig rig;
     const qint64 length = 4 * kBlock + 1;
     rig.files.put(kSource, positionBytes(length));
     HangingRead hang;
@@ -423,7 +326,7 @@ TEST(FrmCopy, FinishedCopyKeepsItsFigures)
 // A cancel answered with deletion removes the partial file and puts the figures back to their idle texts.
 TEST(FrmCopy, CancelWithDeletionResetsTheFigures)
 {
-    Rig rig;
+    CopyRig rig;
     rig.files.put(kSource, positionBytes(8 * kBlock + 1));
     HangingRead hang;
     hang.install(rig.files, 2 * kBlock);
