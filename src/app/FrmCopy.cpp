@@ -27,6 +27,7 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QFrame>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -313,12 +314,14 @@ void FrmCopy::buildWindow()
     for (const auto& [icon, bar] :
         {std::pair<QLabel*, QStatusBar*>{m_picSmallIcon16A, m_stbFileInfoShowsAreaA},
             std::pair<QLabel*, QStatusBar*>{m_picSmallIcon16B, m_stbFileInfoShowsAreaB}}) {
-        auto* row = new QHBoxLayout;
-        row->setContentsMargins(8, 0, 8, 0);
+        auto* panel = new QFrame;
+        panel->setFrameStyle(QFrame::Panel | QFrame::Sunken);
+        auto* row = new QHBoxLayout(panel);
+        row->setContentsMargins(3, 0, 0, 0);
         row->setSpacing(2);
         row->addWidget(icon);
         row->addWidget(bar, 1);
-        column->addLayout(row);
+        column->addWidget(panel);
     }
 
     m_tmrTime = named(new QTimer(this), "tmrTime");
