@@ -14,6 +14,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QMenu>
 #include <QMimeData>
 #include <QRadioButton>
 #include <QStatusBar>
@@ -229,6 +230,39 @@ TEST(FrmCopyShell, OptionButtonsMoveTheFirstTrayWithoutBlocking)
     EXPECT_TRUE(QTest::qWaitFor([&] { return rig.opticalDrives->calls() == expected; }, kWaitMs))
         << rig.opticalDrives->calls().join(u',').toStdString();
     EXPECT_TRUE(QTest::qWaitFor([] { return QApplication::overrideCursor() == nullptr; }, kWaitMs));
+}
+
+// A right button down on either option button opens the CD-ROM menu (here closed again without a choice).
+TEST(FrmCopyShell, RightClickOnAnOptionButtonOpensTheCdRomMenu)
+{
+    Rig rig;
+    rig.opticalDrives->add(QStringLiteral("/dev/sr0"));
+    QString bandTitle;
+    QStringList captions;
+    QTimer closer;
+    closer.setInterval(5);
+    QObject::connect(&closer, &QTimer::timeout, [&] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        if (!menu)
+            return;
+        if (const chrome::MenuBand* band = chrome::menuBandOf(menu))
+            bandTitle = band->look().title;
+        for (const QAction* action : menu->actions())
+            captions << action->text();
+        closer.stop();
+        menu->close();
+    });
+    closer.start();
+
+    QWidget* option = rig.child("optCloseCD");
+    QTest::mousePress(option, Qt::RightButton);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !captions.isEmpty(); }, kWaitMs));
+    QTest::mouseRelease(option, Qt::RightButton);
+    EXPECT_EQ(bandTitle, "CD-ROM");
+    EXPECT_TRUE(captions.contains(QStringLiteral("弹出[&E] 所有CD-ROM")));
+    EXPECT_TRUE(captions.contains(QStringLiteral("关闭    CD-ROM")));
+    EXPECT_FALSE(rig.child<QRadioButton>("optCloseCD")->isChecked());
+    EXPECT_TRUE(rig.opticalDrives->calls().isEmpty()); // nothing chosen, no tray moved
 }
 
 TEST(FrmCopyShell, EveryTipOfTheTableIsAttached)
