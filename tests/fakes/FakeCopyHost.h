@@ -49,10 +49,10 @@ public:
     QString estimatedText() override { return QStringLiteral("00:00:09"); }
     QString throughputText() override { return QStringLiteral("2,048KB/秒"); }
 
-    QList<int> continueAnswers;  // answers of the continue-copy dialog, in order; 0 (give up) when out
-    QList<int> existingAnswers;  // answers of the existing-file dialog
-    QString newName;             // the name typed for choice 5
-    QStringList dialogs;         // "continue" / "existing", in the order asked
+    QList<int> continueAnswers; // answers of the continue-copy dialog, in order; 0 (give up) when out
+    QList<int> existingAnswers; // answers of the existing-file dialog
+    QString newName; // the name typed for choice 5
+    QStringList dialogs; // "continue" / "existing", in the order asked
     int askContinueCopy(const QString&, const QString&) override
     {
         dialogs.append(QStringLiteral("continue"));

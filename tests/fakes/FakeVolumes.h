@@ -20,7 +20,7 @@ public:
 
     void add(const QString& mountPoint, int kind, const QString& device = {}, const QString& fsType = {})
     {
-        volumes.append(platform::Volume {mountPoint, device, fsType, kind});
+        volumes.append(platform::Volume{mountPoint, device, fsType, kind});
     }
 
     QList<platform::Volume> list() override { return volumes; }
