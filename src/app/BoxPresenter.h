@@ -23,7 +23,4 @@ public:
     int present(const platform::MessageBox& box, QWidget* parent) override;
 };
 
-// The text as a message box shows it: "\r\n" line ends become "\n".
-QString displayText(const QString& text);
-
 } // namespace vindaro::app

@@ -350,9 +350,4 @@ TEST(FrmCopy, CancelWithDeletionResetsTheFigures)
     EXPECT_TRUE(rig.child("cmdStartCopy")->isEnabled());
 }
 
-TEST(BoxPresenter, ShowsCrLfAsOneLineBreak)
-{
-    EXPECT_EQ(app::displayText(QStringLiteral("a\r\nb\r\n\r\nc")), "a\nb\n\nc");
-}
-
 } // namespace

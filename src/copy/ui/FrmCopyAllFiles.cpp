@@ -1,5 +1,7 @@
 #include "FrmCopyAllFiles.h"
 
+#include "platform/linux/ui/MessageBoxes.h"
+
 #include "BatchExistingFileDialog.h"
 #include "ContinueCopyDialog.h"
 #include "CopyAnimation.h"
@@ -13,7 +15,7 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMessageBox>
+
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -61,30 +63,7 @@ int clampToInt(qint64 value)
 
 int DialogBatchPrompts::showBox(const platform::MessageBox& box, QWidget* parent)
 {
-    QMessageBox message(parent);
-    message.setWindowTitle(box.title);
-    message.setText(QString(box.text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
-    message.setTextFormat(Qt::PlainText);
-    switch (box.icon) {
-    case platform::BoxIcon::Exclamation:
-        message.setIcon(QMessageBox::Warning);
-        break;
-    case platform::BoxIcon::Critical:
-        message.setIcon(QMessageBox::Critical);
-        break;
-    case platform::BoxIcon::Information:
-        message.setIcon(QMessageBox::Information);
-        break;
-    }
-    if (box.buttons == platform::BoxButtons::YesNo) {
-        message.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
-        message.setDefaultButton(QMessageBox::Yes);
-        message.setEscapeButton(QMessageBox::No);
-        return message.exec() == QMessageBox::Yes ? platform::kAnswerYes : platform::kAnswerNo;
-    }
-    message.setStandardButtons(QMessageBox::Ok);
-    message.exec();
-    return platform::kAnswerOk;
+    return platform::execMessageBox(box, parent);
 }
 
 QString DialogBatchPrompts::chooseFolder(bool& copyToSameDir, QWidget* parent)
