@@ -324,7 +324,7 @@ bool LinuxShell::callFileManager(const QString& method, const QString& path)
     QDBusMessage call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.FileManager1"),
         QStringLiteral("/org/freedesktop/FileManager1"), QStringLiteral("org.freedesktop.FileManager1"),
         method);
-    call << QStringList {QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()).toString()} << QString();
+    call << QStringList{QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()).toString()} << QString();
     return bus.call(call, QDBus::Block, kDbusTimeoutMs).type() == QDBusMessage::ReplyMessage;
 }
 
