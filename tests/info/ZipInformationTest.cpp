@@ -65,7 +65,7 @@ QByteArray archive(const std::vector<Entry>& entries)
     QByteArray bytes;
     for (const Entry& e : entries)
         bytes += localHeader(e);
-    bytes += QByteArray("PK\x01\x02 central directory follows", 32);
+    bytes += QByteArray("PK\x01\x02 central directory follows"); // no NUL inside: the length is strlen
     return bytes;
 }
 
