@@ -179,8 +179,11 @@ void FileListModel::AddDroppedFiles(const QStringList& paths)
 void FileListModel::scanFolder(const FolderChoice& choice)
 {
     m_waitingScans.enqueue(choice);
-    if (!m_scanner)
-        startNextScan();
+    if (m_scanner)
+        return;
+    // One busy period for a run of queued scans: announced here, ended when the last one ends.
+    emit scanningChanged(true);
+    startNextScan();
 }
 
 bool FileListModel::isScanning() const
@@ -218,7 +221,6 @@ void FileListModel::startNextScan()
         emit scanFinished(cancelled);
         startNextScan();
     });
-    emit scanningChanged(true);
     m_scanner->start(choice.folder, choice.pattern, choice.includeSubfolders);
 }
 

@@ -4,6 +4,7 @@
 #include "files/FolderScanner.h"
 
 #include <QSignalSpy>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -86,6 +87,26 @@ TEST_F(FileListModelTest, FolderScanRunsOffTheUiThreadAndRefreshesAtTheEnd)
     EXPECT_EQ(list.currentText(), list.entries().first());
     EXPECT_EQ(list.filesInfo(), QStringLiteral("文件总数:20000个  总计大小:0MB [0字节]"));
     EXPECT_EQ(scanning.size(), 2);
+}
+
+TEST_F(FileListModelTest, QueuedScansMakeOneBusyPeriod)
+{
+    // The window sets the busy pointer on true and restores it on false: a true without its false would
+    // leave the pointer busy for good.
+    const QString one = world.folder(QStringLiteral("one"));
+    const QString two = world.folder(QStringLiteral("two"));
+    const QString a = world.file(QStringLiteral("one/a.dat"));
+    const QString b = world.file(QStringLiteral("two/b.dat"));
+    QSignalSpy finished(&list, &FileListModel::scanFinished);
+    QSignalSpy scanning(&list, &FileListModel::scanningChanged);
+    list.scanFolder(files::FolderChoice{one, QStringLiteral("*.*"), false});
+    list.scanFolder(files::FolderChoice{two, QStringLiteral("*.*"), false});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return finished.size() == 2; }, 10'000));
+    EXPECT_EQ(list.entries(), (QStringList{a, b}));
+    ASSERT_EQ(scanning.size(), 2);
+    EXPECT_TRUE(scanning.at(0).first().toBool());
+    EXPECT_FALSE(scanning.at(1).first().toBool());
+    EXPECT_FALSE(list.isScanning());
 }
 
 TEST_F(FileListModelTest, ResetDuringAScanStopsIt)
