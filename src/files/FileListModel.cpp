@@ -4,8 +4,11 @@
 #include "FileTexts.h"
 #include "FolderScanner.h"
 
+#include <QCoreApplication>
 #include <QFile>
+#include <QPointer>
 #include <QSet>
+#include <QThread>
 
 namespace vindaro::files {
 
@@ -244,14 +247,35 @@ void FileListModel::previewFollowUp()
     const int kind = m_fs.GetDriveType(path);
     if (kind != platform::kDriveCdRom && kind != platform::kDriveFixed)
         return;
-    {
-        // Read the head once so a slow disc has spun up before the preview opens it.
-        QFile file(path);
-        if (file.open(QIODevice::ReadOnly))
-            file.read(2048);
-    }
-    if (m_previewFlag)
-        emit previewRequested(path);
+    // Read the head once so a slow disc has spun up before the preview opens it. The read runs on a
+    // thread of its own: on a scratched disc it can last as long as the drive retries, and the window must
+    // not wait for it. The preview gets the file when the read is over, unless the current entry changed
+    // meanwhile (a newer follow-up owns the preview then) or the preview flag has been cleared.
+    const quint64 ticket = ++m_previewTicket;
+    ++m_previewReads;
+    QPointer<FileListModel> self(this);
+    QThread* reader = QThread::create([self, path, ticket] {
+        {
+            QFile file(path);
+            if (file.open(QIODevice::ReadOnly))
+                file.read(2048);
+        }
+        if (QCoreApplication* app = QCoreApplication::instance()) {
+            QMetaObject::invokeMethod(
+                app,
+                [self, path, ticket] {
+                    if (!self)
+                        return;
+                    --self->m_previewReads;
+                    if (ticket == self->m_previewTicket && self->m_previewFlag && self->m_currentText == path)
+                        emit self->previewRequested(path);
+                },
+                Qt::QueuedConnection);
+        }
+    });
+    // A reader still stuck in a drive when the program ends is left to the process's exit.
+    connect(reader, &QThread::finished, reader, &QObject::deleteLater);
+    reader->start(QThread::LowPriority);
 }
 
 FileListModel::RenameResult FileListModel::renameFile(const QString& path, const QString& newNameText)

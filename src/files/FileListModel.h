@@ -80,8 +80,11 @@ public:
     // Destination follow-up: the destination keeps its folder and takes the current entry's file name.
     void followDestination();
     // After a change of the box's text: stop the preview, then hand a previewable video to it when the
-    // preview flag is set.
+    // preview flag is set. The video's head is read first on a thread of its own, so previewRequested
+    // arrives later, from the event loop.
     void previewFollowUp();
+    // A follow-up's head read has not come back yet.
+    bool isReadingPreviewHead() const { return m_previewReads > 0; }
 
     // Renames the file `path` to `newNameText` (blanks trimmed) in its own folder. On success the first
     // entry whose file no longer exists is replaced by the new path at its position and made current.
@@ -125,6 +128,8 @@ private:
     QString m_filesInfo;
     EntryFacts m_facts;
     bool m_previewFlag = false;
+    quint64 m_previewTicket = 0; // the latest preview follow-up; older head reads are ignored
+    int m_previewReads = 0; // head reads not yet back
     FolderScanner* m_scanner = nullptr; // the running scan, or null
     QQueue<FolderChoice> m_waitingScans;
 };

@@ -200,17 +200,40 @@ TEST_F(FileListModelTest, PreviewFollowUpHandsOnlyLargeEnoughVideosWithTheFlagSe
     list.appendEntries({video, tiny});
     QSignalSpy play(&list, &FileListModel::previewRequested);
     QSignalSpy stop(&list, &FileListModel::previewStopRequested);
+    const auto readsDone
+        = [&] { return QTest::qWaitFor([&] { return !list.isReadingPreviewHead(); }, 10'000); };
     list.setCurrentText(video);
     list.previewFollowUp();
+    ASSERT_TRUE(readsDone());
     EXPECT_EQ(play.size(), 0); // flag off
     list.setPreviewFlag(true);
     list.previewFollowUp();
+    // The head is read off the UI thread (a scratched disc can take minutes): the follow-up returns first.
+    EXPECT_EQ(play.size(), 0);
+    ASSERT_TRUE(play.wait(10'000));
     ASSERT_EQ(play.size(), 1);
     EXPECT_EQ(play.first().first().toString(), video);
     list.setCurrentText(tiny);
     list.previewFollowUp();
+    EXPECT_FALSE(list.isReadingPreviewHead()); // too small: nothing is read
     EXPECT_EQ(play.size(), 1);
     EXPECT_EQ(stop.size(), 3);
+}
+
+TEST_F(FileListModelTest, PreviewIsNotHandedAnEntryThatIsNoLongerCurrent)
+{
+    const QString first = world.file(QStringLiteral("first.dat"), 4096);
+    const QString second = world.file(QStringLiteral("second.vob"), 4096);
+    list.appendEntries({first, second});
+    list.setPreviewFlag(true);
+    QSignalSpy play(&list, &FileListModel::previewRequested);
+    list.setCurrentText(first);
+    list.previewFollowUp();
+    list.setCurrentText(second);
+    list.previewFollowUp();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !list.isReadingPreviewHead(); }, 10'000));
+    ASSERT_EQ(play.size(), 1);
+    EXPECT_EQ(play.first().first().toString(), second);
 }
 
 class RenameTest : public FileListModelTest
