@@ -157,6 +157,40 @@ TEST_F(FileListUiTest, DropAcceptsOnlyFileListsAndAddsTheFiles)
     EXPECT_EQ(destination.text(), QString()); // the line edit did not take the drop as text
 }
 
+TEST_F(FileListUiTest, DropIsTakenAsACopyNeverAsAMove)
+{
+    // A move accepted by the list would let the file manager delete the dropped originals.
+    EXPECT_EQ(FileDropTarget::safeDropAction(Qt::CopyAction | Qt::MoveAction), Qt::CopyAction);
+    EXPECT_EQ(FileDropTarget::safeDropAction(Qt::LinkAction | Qt::MoveAction), Qt::LinkAction);
+    EXPECT_EQ(FileDropTarget::safeDropAction(Qt::MoveAction), Qt::IgnoreAction);
+
+    const QString a = world.file(QStringLiteral("a.dat"));
+    QMimeData files;
+    files.setUrls({QUrl::fromLocalFile(a)});
+    controller.acceptDrops(&window);
+    window.show();
+    QDragEnterEvent enter(
+        QPoint(5, 5), Qt::CopyAction | Qt::MoveAction, &files, Qt::LeftButton, Qt::NoModifier);
+    enter.setDropAction(Qt::MoveAction);
+    QApplication::sendEvent(&destination, &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    EXPECT_EQ(enter.dropAction(), Qt::CopyAction);
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction | Qt::MoveAction, &files, Qt::LeftButton, Qt::NoModifier);
+    drop.setDropAction(Qt::MoveAction);
+    QApplication::sendEvent(&destination, &drop);
+    EXPECT_TRUE(drop.isAccepted());
+    EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
+    EXPECT_EQ(controller.model().entries(), QStringList{a});
+
+    // A source that offers only a move is refused and nothing is added.
+    controller.model().ResetFileList();
+    QDropEvent moveOnly(QPointF(5, 5), Qt::MoveAction, &files, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&destination, &moveOnly);
+    EXPECT_FALSE(moveOnly.isAccepted());
+    EXPECT_TRUE(controller.model().isEmpty());
+    EXPECT_TRUE(QFile::exists(a));
+}
+
 TEST_F(FileListUiTest, AddFolderChooserCarriesPatternAndSubfolderBox)
 {
     std::unique_ptr<QFileDialog> dialog(QtListDialogs::createAddFolderDialog(&window));

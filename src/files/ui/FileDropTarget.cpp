@@ -41,26 +41,42 @@ QStringList FileDropTarget::droppedPaths(const QMimeData* mime)
     return paths;
 }
 
+Qt::DropAction FileDropTarget::safeDropAction(Qt::DropActions offered)
+{
+    // A drop only lists the files. Taking it as a move would let the file manager delete the originals
+    // once the drop is done, so the files are always taken as a copy (or a link), never as a move.
+    if (offered & Qt::CopyAction)
+        return Qt::CopyAction;
+    if (offered & Qt::LinkAction)
+        return Qt::LinkAction;
+    return Qt::IgnoreAction;
+}
+
 bool FileDropTarget::eventFilter(QObject* watched, QEvent* event)
 {
     switch (event->type()) {
     case QEvent::DragEnter:
     case QEvent::DragMove: {
         auto* drag = static_cast<QDragMoveEvent*>(event);
-        if (droppedPaths(drag->mimeData()).isEmpty())
+        const Qt::DropAction action = safeDropAction(drag->possibleActions());
+        if (action == Qt::IgnoreAction || droppedPaths(drag->mimeData()).isEmpty()) {
             drag->ignore();
-        else
-            drag->acceptProposedAction();
+        } else {
+            drag->setDropAction(action);
+            drag->accept();
+        }
         return true;
     }
     case QEvent::Drop: {
         auto* drop = static_cast<QDropEvent*>(event);
+        const Qt::DropAction action = safeDropAction(drop->possibleActions());
         const QStringList paths = droppedPaths(drop->mimeData());
-        if (paths.isEmpty()) {
+        if (action == Qt::IgnoreAction || paths.isEmpty()) {
             drop->ignore();
             return true;
         }
-        drop->acceptProposedAction();
+        drop->setDropAction(action);
+        drop->accept();
         m_list.AddDroppedFiles(paths);
         return true;
     }

@@ -26,6 +26,9 @@ public:
 
     // The local paths of a drag's file list, in the drag's order; empty when it carries none.
     static QStringList droppedPaths(const QMimeData* mime);
+    // The action a drop is taken with: copy where the source offers it, else link; never move (the
+    // source would delete its files). IgnoreAction when the source offers neither.
+    static Qt::DropAction safeDropAction(Qt::DropActions offered);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
