@@ -95,6 +95,24 @@ TEST_F(LinuxShellTest, CopyAsksBeforeReplacing)
         QStringList{QStringLiteral("a.dat")});
 }
 
+TEST_F(LinuxShellTest, ReplacingALinkReplacesTheLinkNotWhatItPointsAt)
+{
+    const QString elsewhere = write(QStringLiteral("elsewhere/keep.dat"), "keep");
+    const QString source = write(QStringLiteral("src/a.dat"), "new");
+    QDir().mkpath(dir.filePath(QStringLiteral("dst")));
+    const QString target = dir.filePath(QStringLiteral("dst/a.dat"));
+    ASSERT_TRUE(QFile::link(elsewhere, target));
+    shell.setReplaceQuestion([&](const QString& t, QWidget*) {
+        questions << t;
+        return true;
+    });
+    EXPECT_EQ(shell.copyInto(source, dir.filePath(QStringLiteral("dst")), nullptr), 0);
+    EXPECT_EQ(questions, QStringList{target});
+    EXPECT_EQ(read(elsewhere), QByteArray("keep"));
+    EXPECT_FALSE(QFileInfo(target).isSymLink());
+    EXPECT_EQ(read(target), QByteArray("new"));
+}
+
 TEST_F(LinuxShellTest, CopiesAFolderTreeWithoutQuestions)
 {
     const QByteArray big(3 * 1024 * 1024 + 7, 'x'); // more than one transfer chunk

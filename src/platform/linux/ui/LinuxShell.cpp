@@ -194,6 +194,12 @@ int LinuxShell::transfer(const QString& sourcePath, const QString& folder, QWidg
         QFile in(step.from);
         if (!in.open(QIODevice::ReadOnly))
             return EACCES;
+        // A link in the target's place is what gets replaced, not the file it points at: QSaveFile would
+        // write through the link into a file in some other folder that the user never chose.
+        struct stat existing;
+        if (lexists(step.to, &existing) && S_ISLNK(existing.st_mode)
+            && ::unlink(native(step.to).constData()) != 0)
+            return errno;
         // QSaveFile writes beside the target and renames over it only on commit().
         QSaveFile out(step.to);
         if (!out.open(QIODevice::WriteOnly))
