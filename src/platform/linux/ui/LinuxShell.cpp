@@ -356,7 +356,9 @@ QString LinuxShell::chooseFolder(const QString& title, QWidget* owner)
 
 QString LinuxShell::typeName(const QString& path)
 {
-    const QMimeType type = QMimeDatabase().mimeTypeForFile(path);
+    // By the name alone, as the desktop's type names go: asking the content would read the file, which on
+    // a scratched disc can hold the window for as long as the drive retries.
+    const QMimeType type = QMimeDatabase().mimeTypeForFile(path, QMimeDatabase::MatchExtension);
     return type.isValid() && !type.isDefault() ? type.comment() : QString();
 }
 

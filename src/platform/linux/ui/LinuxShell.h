@@ -19,7 +19,8 @@ namespace vindaro::platform {
 //   `xdg-open` when no portal answers;
 // - properties and show-in-folder: org.freedesktop.FileManager1 over D-Bus, falling back to opening the
 //   containing folder when no file manager answers;
-// - folder chooser: QFileDialog::getExistingDirectory; type name: the MIME database's comment.
+// - folder chooser: QFileDialog::getExistingDirectory; type name: the MIME database's comment for the
+//   file's name (the content is never read).
 //
 // Result codes of copyInto, moveInto and rename: 0 success, kCancelled when the user cancelled or declined
 // to replace, otherwise an errno value.
