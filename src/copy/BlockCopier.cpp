@@ -192,8 +192,14 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
         m_state.sourceLength = sourceLength;
 
         if (sourceLength == 0 && !merge) {
-            // Nothing to read block by block: the plain file copy makes the (empty) destination.
-            io = m_files.copyWhole(source, destination);
+            // Nothing to read block by block: the plain file copy makes the (empty) destination. A
+            // destination that exists is only opened, as a block round would, and left as it is: an
+            // overwrite has emptied it already, and after an append, a continue or a resume the user chose
+            // to keep its bytes, which the plain copy (it replaces the file) would throw away.
+            if (m_files.exists(destination))
+                io = m_files.openForUpdate(destination, io) ? IoResult() : io;
+            else
+                io = m_files.copyWhole(source, destination);
             if (!io.ok()) {
                 if (onFailure(io, source, destination, merge, outcome))
                     return outcome;

@@ -102,6 +102,22 @@ TEST_F(BlockCopierTest, EmptySourceIsCopiedWholeAndReportedFinished)
     EXPECT_EQ(host.boxes[0].title, QStringLiteral("文件复制完成！"));
 }
 
+// Appending (or continuing) an empty source onto an existing destination adds nothing and keeps every
+// byte already there: the plain file copy of an empty source must not replace the kept file.
+TEST_F(BlockCopierTest, EmptySourceAppendedToAnExistingDestinationKeepsIt)
+{
+    files.put(kSource, QByteArray());
+    files.put(kDest, QByteArray(1000, 'x'));
+    start(40960);
+    state.position = 1000; // the destination's length: the append position
+
+    EXPECT_EQ(copy(), CopyOutcome::Finished);
+
+    EXPECT_EQ(files.bytes(kDest), QByteArray(1000, 'x'));
+    ASSERT_EQ(host.boxes.size(), 1);
+    EXPECT_EQ(host.boxes[0].title, QStringLiteral("文件复制完成！"));
+}
+
 // The engine writes at positions and never cuts the destination: emptying it is the caller's choice.
 TEST_F(BlockCopierTest, NeverTruncatesAnExistingDestination)
 {
