@@ -516,6 +516,9 @@ void FrmCopy::enterCopyingState()
     m_state.cancelRequested = false;
     m_state.copyRunning = true;
     m_mode = Mode::Copying;
+    // A running copy offers pause. A pause pressed during the last block, or just before a failure, ends
+    // in idle with "继续复制[&P]" still on the button; the next copy must not start with it.
+    m_cmdPauseCopy->setText(kPauseCaption);
     setControlsForCopying(true);
 }
 

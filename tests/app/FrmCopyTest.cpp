@@ -291,6 +291,38 @@ TEST(FrmCopy, PauseSkipAndContinue)
     EXPECT_EQ(rig.button("cmdPauseCopy")->text(), "暂停复制[&S]");
 }
 
+// A pause pressed during the last block comes too late: the copy finishes. The next copy must still offer
+// pause, and pausing it must work.
+TEST(FrmCopy, PauseInTheLastBlockLeavesTheNextCopyPausable)
+{
+    CopyRig rig;
+    rig.files.put(kSource, positionBytes(3 * kBlock + 1)); // blocks at offsets 0 and kBlock, tail at 2 kBlock
+    {
+        HangingRead lastBlock;
+        lastBlock.install(rig.files, 2 * kBlock);
+        rig.click("cmdStartCopy");
+        ASSERT_TRUE(lastBlock.waitEntered());
+        rig.click("cmdPauseCopy");
+        EXPECT_EQ(rig.button("cmdPauseCopy")->text(), "继续复制[&P]");
+        lastBlock.release.release();
+        EXPECT_EQ(rig.waitForOutcome(), int(CopyOutcome::Finished));
+        rig.files.setReadHook({});
+    }
+    EXPECT_EQ(rig.frm.mode(), FrmCopy::Mode::Idle);
+
+    rig.typePaths(kSource, QStringLiteral("/home/user/video/b.dat"));
+    HangingRead secondBlock;
+    secondBlock.install(rig.files, kBlock);
+    rig.click("cmdStartCopy");
+    ASSERT_TRUE(secondBlock.waitEntered());
+    EXPECT_EQ(rig.button("cmdPauseCopy")->text(), "暂停复制[&S]");
+    rig.click("cmdPauseCopy");
+    EXPECT_TRUE(rig.frm.copyState().stopRequested);
+    secondBlock.release.release();
+    EXPECT_EQ(rig.waitForOutcome(), int(CopyOutcome::Paused));
+    EXPECT_EQ(rig.frm.mode(), FrmCopy::Mode::Paused);
+}
+
 // After a finished copy the figures stay as they were at the end; the copied figure shows the whole size.
 TEST(FrmCopy, FinishedCopyKeepsItsFigures)
 {
