@@ -4,6 +4,9 @@
 #include "files/Format.h"
 #include "platform/Volumes.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 namespace vindaro::copy {
 
 using platform::BoxButtons;
@@ -22,6 +25,17 @@ namespace {
 QString megabytes(double bytes)
 {
     return files::formatWholeMegabytes(bytes < 0 ? 0 : qint64(bytes));
+}
+
+// Whether two paths name one file: the same cleaned absolute path, or the same file through links.
+bool isSameFile(const QString& source, const QString& destination)
+{
+    const QFileInfo a(source);
+    const QFileInfo b(destination);
+    if (QDir::cleanPath(a.absoluteFilePath()) == QDir::cleanPath(b.absoluteFilePath()))
+        return true;
+    const QString canonicalA = a.canonicalFilePath(); // through symbolic links; empty when missing
+    return !canonicalA.isEmpty() && canonicalA == b.canonicalFilePath();
 }
 
 } // namespace
@@ -111,8 +125,20 @@ CopyOutcome CopySession::run(const QString& source, const QString& destination, 
     return outcome;
 }
 
+bool CopySession::refuseSameFile(const QString& source, const QString& destination)
+{
+    if (!isSameFile(source, destination))
+        return false;
+    m_host.showBox(
+        notice(QStringLiteral("源文件和文件保存路径是同一个文件，不能覆盖。请重新选择文件保存路径。")));
+    return true;
+}
+
 CopyOutcome CopySession::startOver(const QString& source, const QString& destination)
 {
+    // Emptying the source itself would lose it before a byte is read: overwriting it is refused.
+    if (refuseSameFile(source, destination))
+        return CopyOutcome::NotStarted;
     // The user chose to overwrite: only here is an existing destination emptied.
     m_files.truncate(destination);
     m_resumeStore.remove(destination);
@@ -274,8 +300,11 @@ CopyOutcome CopySession::resumeCopy(const QString& source, const QString& destin
         + QStringLiteral("该文件已经存在，是否覆盖或以追加方式继续复制？") + kCrLf
         + QStringLiteral("是[Y]：覆盖该文件") + kCrLf + QStringLiteral("否[N]：以追加方式继续复制")));
     m_state.lastAnswer = answer;
-    if (answer == platform::kAnswerYes)
+    if (answer == platform::kAnswerYes) {
+        if (refuseSameFile(source, destination))
+            return stayPaused(); // another destination can be chosen before continuing
         return startOver(source, destination);
+    }
     enterCopyingState();
     return run(source, destination, merge);
 }

@@ -56,6 +56,8 @@ public:
 private:
     CopyOutcome existingDestination(const QString& source, QString destination);
     CopyOutcome startOver(const QString& source, const QString& destination);
+    // Shows why and answers true when the destination is the source itself, which must not be emptied.
+    bool refuseSameFile(const QString& source, const QString& destination);
     CopyOutcome run(const QString& source, const QString& destination, bool merge);
     void logLowSpace(
         const QString& source, const QString& destination, double freeBytes, qint64 sourceLength);

@@ -236,6 +236,37 @@ TEST_F(CopySessionTest, NewNameGoesIntoTheSameFolderAndNeverIntoAnotherExistingF
     EXPECT_EQ(files.bytes(kDest), QByteArray("keep"));
 }
 
+// Overwriting a destination that is the source itself would empty the source before it is read: refused
+// with a box, whether chosen at the start or on continuing a paused copy, and the file keeps its bytes.
+TEST_F(CopySessionTest, OverwritingTheSourceItselfIsRefused)
+{
+    const QByteArray data = positionBytes(300000);
+    const QString& sameFile = kDest;
+    const QString refused
+        = QStringLiteral("源文件和文件保存路径是同一个文件，不能覆盖。请重新选择文件保存路径。");
+    files.put(kDest, data);
+    host.existingAnswers = {1};
+    EXPECT_EQ(session.startCopy(kDest, sameFile), CopyOutcome::NotStarted);
+    ASSERT_EQ(host.boxes.size(), 1);
+    EXPECT_EQ(host.boxes[0].text, refused);
+    EXPECT_EQ(host.boxes[0].title, QStringLiteral("提醒！"));
+    EXPECT_EQ(files.bytes(kDest), data);
+
+    // A paused copy whose destination was changed to its source: "overwrite" keeps it paused.
+    files.put(kCdSource, data);
+    host = {};
+    host.onYield = [&] { state.stopRequested = true; };
+    ASSERT_EQ(session.startCopy(kCdSource, QStringLiteral("/home/u/video/b.dat")), CopyOutcome::Paused);
+    host = {};
+    host.answers = {platform::kAnswerYes};
+    state.stopRequested = false;
+    state.copyRunning = true;
+    EXPECT_EQ(session.resumeCopy(kDest, sameFile), CopyOutcome::Paused);
+    EXPECT_EQ(host.boxes.last().text, refused);
+    EXPECT_EQ(host.switches, QStringList{QStringLiteral("stay-paused")});
+    EXPECT_EQ(files.bytes(kDest), data);
+}
+
 TEST_F(CopySessionTest, ResumeAfterPauseAsksOverwriteOrAppendAndAppendsExactly)
 {
     const QByteArray data = positionBytes(300000);
