@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <limits>
 
 namespace platform = vindaro::platform;
 using namespace vindaro::copy;
@@ -64,4 +65,9 @@ TEST(ResumeRecord, FiguresRoundHalfToEvenAndAreZeroWithoutElapsedTime)
     const ResumeRecord none = makeResumeRecord(5, 6, 100, 0);
     EXPECT_EQ(none.estimatedSeconds, 0);
     EXPECT_EQ(none.speedKBps, 0);
+
+    // Stopped after the first byte of 4 GiB with 100 s counted: 429,496,729,600 s does not fit an int.
+    const ResumeRecord early = makeResumeRecord(1, 1, qint64(4) << 30, 100);
+    EXPECT_EQ(early.estimatedSeconds, std::numeric_limits<int>::max());
+    EXPECT_EQ(early.copiedPosition, 1);
 }
