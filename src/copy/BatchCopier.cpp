@@ -4,6 +4,9 @@
 #include "files/Format.h"
 #include "platform/Volumes.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 namespace vindaro::copy {
 
 using platform::BoxButtons;
@@ -14,6 +17,20 @@ using platform::MessageBox;
 using text::fileNameOf;
 using text::folderOf;
 using text::kCrLf;
+
+namespace {
+
+// The same file under both names: the same cleaned path, or (for files on disk) the same target of any
+// links on the way.
+bool isSameFile(const QString& source, const QString& destination)
+{
+    if (QDir::cleanPath(source) == QDir::cleanPath(destination))
+        return true;
+    const QString canonical = QFileInfo(source).canonicalFilePath();
+    return !canonical.isEmpty() && canonical == QFileInfo(destination).canonicalFilePath();
+}
+
+} // namespace
 
 BatchFigures computeBatchFigures(const BatchCounters& counters, qint64 position, int currentFileSeconds)
 {
@@ -189,6 +206,12 @@ CopyOutcome BatchCopier::copyOneFile(
         = blockBytesFor(10, source, destination, m_drives, m_platformFamily, m_state.blockBytes);
     for (;;) {
         usedDestination = destination;
+        if (isSameFile(source, destination)) {
+            // The chosen folder is the file's own: "overwriting" it would empty the source before reading
+            // it. Nothing to copy; the file is left alone and not counted, with no question asked.
+            skipThisFile = true;
+            return CopyOutcome::NotStarted;
+        }
         if (!m_files.exists(destination))
             return startAt(source, destination, 1);
         if (m_overwriteAll) {

@@ -127,6 +127,30 @@ TEST_F(BatchCopierTest, OverwriteAllAnswersEveryLaterConflict)
             files.bytes(kOut + QStringLiteral("f%1.dat").arg(i)), positionBytes(100 + i)); // emptied first
 }
 
+// A file listed from the chosen folder itself is its own destination: neither an earlier "overwrite all"
+// nor a question may empty it.
+TEST_F(BatchCopierTest, AFileThatIsItsOwnDestinationIsLeftAlone)
+{
+    const QString own = kOut + QStringLiteral("own.dat");
+    files.put(kA, positionBytes(300));
+    files.put(kOut + QStringLiteral("AVSEQ01.DAT"), QByteArray(10, 'x'));
+    files.put(own, positionBytes(700));
+    host.batchAnswers = {2};
+    BatchResult r = batch.copyingFiles({kA, own});
+    EXPECT_EQ(host.batchAsked, 1);
+    EXPECT_EQ(r.finished, 1);
+    EXPECT_EQ(r.skipped, 1);
+    EXPECT_EQ(files.bytes(own), positionBytes(700));
+    EXPECT_EQ(batch.counters().copiedBytes, 300);
+
+    host = {};
+    host.batchAnswers = {1};
+    r = batch.copyingFiles({own});
+    EXPECT_EQ(host.batchAsked, 0);
+    EXPECT_EQ(r.skipped, 1);
+    EXPECT_EQ(files.bytes(own), positionBytes(700));
+}
+
 TEST_F(BatchCopierTest, CancelKeepsThePartialFileWithAResumeRecord)
 {
     files.put(kA, positionBytes(500000));
