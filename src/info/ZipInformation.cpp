@@ -132,7 +132,11 @@ void ZipInformation::readZip(QIODevice& device, const RowSink& addRow)
             if (uncompressed > 0) {
                 const double ratio
                     = 1.0 - static_cast<double>(compressed) / static_cast<double>(uncompressed);
-                row.ratio = QLocale().toString(ratio * 100.0, 'f', 2) + QLatin1Char('%');
+                // Two decimals and a percent sign in the locale's decimal mark, without digit groups:
+                // an entry stored in far more bytes than it holds reads "-199900.00%".
+                QLocale locale;
+                locale.setNumberOptions(locale.numberOptions() | QLocale::OmitGroupSeparator);
+                row.ratio = locale.toString(ratio * 100.0, 'f', 2) + QLatin1Char('%');
             }
             row.compressedSize = files::groupDigits(static_cast<qint64>(compressed));
             // Most significant byte first; each byte as two digits so the column reads as one CRC-32.

@@ -119,14 +119,16 @@ TEST(ZipInformation, DatesRatiosAndTotals)
     Entry kb{"k.bin", 1023, 1023};
     Entry big{"big.bin", 3000000, 10};
     big.dataBytes = 10;
+    Entry swollen{"swollen.bin", 1, 2000};
     ZipInformation zip;
-    const auto rows = list(archive({empty, grown, kb, big}), zip);
-    ASSERT_EQ(rows.size(), 4u);
+    const auto rows = list(archive({empty, grown, kb, big, swollen}), zip);
+    ASSERT_EQ(rows.size(), 5u);
     EXPECT_EQ(rows[0].ratio, QString());
     EXPECT_EQ(rows[1].ratio, QStringLiteral("-10.00%"));
     EXPECT_EQ(rows[2].ratio, QStringLiteral("0.00%"));
     EXPECT_EQ(rows[3].size, QStringLiteral("3,000,000"));
     EXPECT_EQ(rows[3].text, QStringLiteral("[04]big.bin"));
+    EXPECT_EQ(rows[4].ratio, QStringLiteral("-199900.00%")); // a percentage has no digit groups
     EXPECT_EQ(zip.getFileQuantitySize().last(), QStringLiteral("总计大小：2,930 KB"));
 
     ZipInformation small;
