@@ -57,6 +57,12 @@ void ConsoleCopyHost::yield()
 
 void ConsoleCopyHost::enterCopyingState()
 {
+    // The engine clears the stop flags as it starts a copy: a Ctrl-C that came during the preparation must
+    // not be lost with them.
+    if (interrupted && interrupted()) {
+        m_state.stopRequested = true;
+        m_state.cancelRequested = true;
+    }
     m_lastSecond = QTime::currentTime().second();
     m_sinceTick.start();
     m_timerOn = true;

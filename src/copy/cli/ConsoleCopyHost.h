@@ -6,6 +6,8 @@
 #include <QElapsedTimer>
 #include <QTextStream>
 
+#include <functional>
+
 namespace vindaro::copy {
 
 // What the command-line tool answers for an existing destination.
@@ -31,6 +33,7 @@ public:
     QString newName;
     bool ignoreLowSpace = false;
     bool showProgress = true;
+    std::function<bool()> interrupted; // the user pressed Ctrl-C
     // A batch: the folder, whether every file goes straight into it, and its counters once it runs.
     QString batchFolder;
     bool batchSameFolder = true;

@@ -76,6 +76,7 @@ void onInterrupt(int)
 void installInterruptHandler(copy::CopyState& state)
 {
     g_state = &state;
+    g_interrupts = 0;
     struct sigaction action
     {
     };
@@ -143,6 +144,7 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files)
 
     copy::CopyState state;
     copy::ConsoleCopyHost host(state, out, err);
+    host.interrupted = [] { return g_interrupts > 0; };
     int readBlocks = 10;
     int skipBlocks = 10;
     QStringList paths;
