@@ -173,7 +173,10 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
 
         const bool stop = m_state.stopRequested;
         if (stop && m_state.cancelRequested) {
-            m_copier.saveResumeRecord(usedDestination); // with this file's own seconds
+            // Only a file whose copy ran gets a record: one left alone by a question answered while the
+            // cancel came has no position of its own (what is there belongs to the file before it).
+            if (outcome == CopyOutcome::Cancelled)
+                m_copier.saveResumeRecord(usedDestination); // with this file's own seconds
             result.cancelled = true;
         }
         // Two steps, so a tick landing between them may show the batch one file's seconds short for that

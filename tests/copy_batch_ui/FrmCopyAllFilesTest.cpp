@@ -17,6 +17,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <functional>
 
 using namespace vindaro;
 using copy::FrmCopyAllFiles;
@@ -41,6 +42,7 @@ public:
     QList<platform::MessageBox> boxes;
     QList<int> batchAnswers; // answers of the batch existing-file dialog; 0 (stop) when out
     QStringList asked; // "folder", "continue", "existing:<destination>"
+    std::function<void()> whileAskingExisting; // runs inside the existing-file question
 
     int showBox(const platform::MessageBox& box, QWidget*) override
     {
@@ -61,6 +63,8 @@ public:
     int askBatchExistingFile(const QString&, const QString& destination, QWidget*) override
     {
         asked << QStringLiteral("existing:") + destination;
+        if (whileAskingExisting)
+            whileAskingExisting();
         return batchAnswers.isEmpty() ? 0 : batchAnswers.takeFirst();
     }
 };
@@ -258,6 +262,40 @@ TEST(FrmCopyAllFiles, CancelActsAtTheStopTickAndKeepsThePartialFile)
     EXPECT_TRUE(rig.frm.result().cancelled);
     EXPECT_FALSE(rig.frm.isVisible());
     EXPECT_TRUE(rig.prompts.boxes.isEmpty()); // a batch cancel asks nothing
+}
+
+// A cancel whose stop tick fires while the existing-file question is open ends the batch at that file.
+// When the answer leaves the file alone, nothing of it was copied: it gets no resume record, even though
+// the file before it stopped half-way and left its position behind.
+TEST(FrmCopyAllFiles, CancelDuringAQuestionLeavesNoRecordForAFileNotCopied)
+{
+    Rig rig;
+    rig.files.put(kA, positionBytes(5 * kStep));
+    rig.files.put(kB, positionBytes(kStep));
+    const QString destinationA = kOut + QStringLiteral("AVSEQ01.DAT");
+    const QString destinationB = kOut + QStringLiteral("AVSEQ02.DAT");
+    rig.files.put(destinationA, QByteArray());
+    rig.files.faults(destinationA).writeLimit = 2 * kStep;
+    rig.files.faults(destinationA).writeErrno = ESPIPE; // the batch goes on with the next file
+    rig.files.put(destinationB, QByteArray(kStep, 'b')); // the same length: "keep both" skips it
+    rig.prompts.batchAnswers = {1, 3};
+    auto* cancel = rig.frm.findChild<QPushButton*>(QStringLiteral("cmdCancel"));
+    ASSERT_NE(cancel, nullptr);
+    rig.prompts.whileAskingExisting = [&] {
+        if (rig.prompts.asked.size() < 3)
+            return; // the question for the first file
+        QTest::mouseClick(cancel, Qt::LeftButton);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return rig.frm.copyState().cancelRequested.load(); }, kWaitMs));
+    };
+    ASSERT_TRUE(rig.frm.CopyingFiles({kA, kB}));
+    ASSERT_TRUE(rig.waitFinished());
+
+    EXPECT_EQ(rig.prompts.asked.size(), 3);
+    EXPECT_EQ(rig.logged.size(), 1); // the first file's failure
+    EXPECT_EQ(rig.files.bytes(destinationB), QByteArray(kStep, 'b'));
+    EXPECT_FALSE(rig.store.records.contains(destinationB));
+    EXPECT_TRUE(rig.frm.result().cancelled);
+    EXPECT_EQ(rig.frm.result().skipped, 1);
 }
 
 // Closing the window while files are copied is a cancel. Made during the last block of a file, it ends
