@@ -175,7 +175,7 @@ FrmCopy::FrmCopy(const FrmCopyServices& services, QWidget* parent)
     connectFileList();
     connectChrome();
     // The list starts empty; its box shows the report on optical drives that are not ready.
-    m_fileList->model().setCurrentText(m_services.fileListText.trimmed());
+    showStartText(m_services.fileListText);
     setControlsForCopying(false);
     resetFigures();
     m_cmdPauseCopy->setText(kPauseCaption);
@@ -745,6 +745,13 @@ void FrmCopy::paintEvent(QPaintEvent* event)
     QPainter painter(this);
     painter.setPen(palette().color(QPalette::Dark));
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}
+
+void FrmCopy::showStartText(const QString& text)
+{
+    // The report may arrive after the user already picked or typed a source: that text stays.
+    if (m_fileList->model().currentText().isEmpty() && m_fileList->model().rowCount() == 0)
+        m_fileList->model().setCurrentText(text.trimmed());
 }
 
 } // namespace vindaro::app

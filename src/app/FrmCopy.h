@@ -98,6 +98,9 @@ class FrmCopy : public QWidget, public copy::CopyHost
     Q_OBJECT
 
 public:
+    // The first text of the file list's box (the optical-drive report, which start-up asks for in the
+    // background because a damaged disc can take seconds to answer); ignored once the box has a text.
+    void showStartText(const QString& text);
     enum class Mode
     {
         Idle,

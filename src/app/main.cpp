@@ -13,6 +13,8 @@
 
 #include <QApplication>
 
+#include <memory>
+
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
@@ -29,13 +31,17 @@ int main(int argc, char** argv)
     vindaro::app::OperationLogModel log;
 
     const auto opticalDrives = vindaro::drives::makeSystemOpticalDrives();
-    const QString cdRomReport = vindaro::drives::CDRomDriveControl(*opticalDrives).GetCDRomInforStr();
 
     // The file list's questions, choosers and the batch copy's questions are the window's own dialogs.
     vindaro::app::FrmCopyServices services{
         files, resumeStore, drives, boxes, choices, log, volumes, shell, opticalDrives};
-    services.fileListText = cdRomReport;
     vindaro::app::FrmCopy window(services);
     window.show();
+    // Asking the drives can take seconds on a damaged disc: the window is usable meanwhile.
+    auto report = std::make_shared<QString>();
+    vindaro::drives::runTrayJob(
+        opticalDrives,
+        [report](vindaro::drives::CDRomDriveControl& control) { *report = control.GetCDRomInforStr(); },
+        [&window, report] { window.showStartText(*report); });
     return app.exec();
 }

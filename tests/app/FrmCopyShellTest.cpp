@@ -126,6 +126,21 @@ TEST(FrmCopyShell, ChosenFilesFillTheListAndTheFirstIsCopied)
     EXPECT_TRUE(rig.log.entries().last().startsWith(first));
 }
 
+// The drive report comes in the background after start-up: it fills an empty box, never a chosen source.
+TEST(FrmCopyShell, LateDriveReportNeverReplacesAChosenSource)
+{
+    Rig rig;
+    rig.frm.showStartText(QStringLiteral("光盘驱动器/dev/sr0还没有准备好\r\n"));
+    EXPECT_EQ(rig.combo()->currentText(), QStringLiteral("光盘驱动器/dev/sr0还没有准备好"));
+
+    ListedFiles listed;
+    const QString first = listed.make(rig, QStringLiteral("AVSEQ01.DAT"));
+    rig.listPrompts.openAnswer = {first};
+    rig.click("cmdSourceFile");
+    rig.frm.showStartText(QStringLiteral("你可能没有安装光盘驱动器，或者驱动程序不正常。"));
+    EXPECT_EQ(rig.combo()->currentText(), first);
+}
+
 // Picking another entry moves the destination's name along; refresh and clear act on the list and the
 // copy's figures.
 TEST(FrmCopyShell, RefreshAndClearActOnTheListAndTheFigures)
