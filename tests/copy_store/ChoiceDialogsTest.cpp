@@ -252,7 +252,9 @@ TEST_F(ChoiceDialogFiles, BatchDialogSaysWhatKeepBothWillDo)
     EXPECT_FALSE(hint->text().contains(QStringLiteral("覆盖")));
     ASSERT_TRUE(writeFile(m_dir.filePath(QStringLiteral("N[01]dest.dat")), 1));
     dialog.setFiles(source(), destination());
-    EXPECT_TRUE(hint->text().contains(QStringLiteral("将被覆盖"))) << "the taken name is pointed out";
+    EXPECT_TRUE(hint->text().contains(QStringLiteral("再次询问"))) << "the taken name is pointed out";
+    EXPECT_TRUE(hint->text().contains(QStringLiteral("不会覆盖它")))
+        << "the batch asks again, it never overwrites";
 
     ASSERT_TRUE(writeFile(destination(), 100));
     dialog.setFiles(source(), destination());

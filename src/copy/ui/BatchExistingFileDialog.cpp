@@ -55,7 +55,8 @@ void BatchExistingFileDialog::setFiles(const QString& source, const QString& des
                  destinationInfo.dir().filePath(QStringLiteral("N[01]") + destinationInfo.fileName())))
         m_keepBothHint->setText(QStringLiteral("原有文件保持不变，源文件以新文件名“N[01]")
             + destinationInfo.fileName()
-            + QStringLiteral("”复制到同一文件夹；注意：该文件名也已经存在，其中的内容将被覆盖。"));
+            + QStringLiteral(
+                "”复制到同一文件夹；注意：该文件名也已经存在，到时会再次询问如何处理，不会覆盖它。"));
     else
         m_keepBothHint->setText(QStringLiteral("原有文件保持不变，源文件以新文件名“N[01]")
             + destinationInfo.fileName() + QStringLiteral("”复制到同一文件夹。"));
