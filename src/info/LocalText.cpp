@@ -1,5 +1,7 @@
 #include "LocalText.h"
 
+#include <langinfo.h>
+
 #include <QStringDecoder>
 #include <QStringEncoder>
 
@@ -132,7 +134,7 @@ QString decodeAs(QByteArrayView bytes, TextEncoding encoding)
         }
         return QString::fromUtf8(bytes.first(end));
     }
-    QStringDecoder decoder("GB18030");
+    QStringDecoder decoder(tagCodePage().constData());
     if (!decoder.isValid())
         return QString::fromLatin1(bytes); // not reached with an ICU-enabled Qt
     return decoder.decode(bytes);
@@ -157,9 +159,28 @@ QByteArray padField(QByteArrayView bytes, qsizetype width, TextEncoding encoding
     return field;
 }
 
-QByteArray encodeField(const QString& text, qsizetype width)
+QByteArray tagCodePageFor(const QByteArray& localeCodeset)
 {
-    QStringEncoder encoder("GB18030");
+    // Double-byte pages whose lead bytes (0x81 to 0xFE) and trail bytes follow the GB pattern, so fields
+    // are cut between whole characters by the same rule.
+    static const char* const kOwnPages[] = {"BIG5", "BIG5-HKSCS", "BIG5HKSCS", "EUC-KR", "CP949", "UHC"};
+    const QByteArray name = localeCodeset.trimmed().toUpper();
+    for (const char* page : kOwnPages) {
+        if (name == page && QStringEncoder(page).isValid())
+            return name;
+    }
+    return QByteArrayLiteral("GB18030");
+}
+
+QByteArray tagCodePage()
+{
+    static const QByteArray page = tagCodePageFor(QByteArray(nl_langinfo(CODESET)));
+    return page;
+}
+
+QByteArray encodeField(const QString& text, qsizetype width, const QByteArray& codePage)
+{
+    QStringEncoder encoder(codePage.constData());
     const QByteArray bytes = encoder.isValid() ? QByteArray(encoder.encode(text)) : text.toUtf8();
     return padField(bytes, width, encoder.isValid() ? TextEncoding::Gb18030 : TextEncoding::Utf8);
 }

@@ -34,11 +34,18 @@ QString decodeAs(QByteArrayView bytes, TextEncoding encoding);
 // detectEncoding() then decodeAs().
 QString decodeLocalText(QByteArrayView bytes);
 
-// GB18030 bytes of `text`, cut after the last whole character that fits `width` bytes and padded with blanks
-// to it: a double-byte (or four-byte) character that would straddle the end is dropped, never halved.
-// Tags are written in GB18030 whatever the locale says, because the players our users feed them to read
-// ID3v1 text in the Chinese code page; UTF-8 tags are still read.
-QByteArray encodeField(const QString& text, qsizetype width);
+// The code page of tag text that is not UTF-8, from the codeset of the user's locale: a double-byte code
+// page outside the GB family (Big5 in Taiwan and Hong Kong, EUC-KR, CP949) is the user's own; anything else
+// (UTF-8, plain ASCII, the GB family, single-byte pages) means GB18030, because the players our users feed
+// tags to read ID3v1 text in the Chinese code page, and a UTF-8 locale says nothing about what they read.
+QByteArray tagCodePageFor(const QByteArray& localeCodeset);
+// tagCodePageFor() of the running program's locale (nl_langinfo(CODESET)).
+QByteArray tagCodePage();
+
+// Bytes of `text` in `codePage` (default: tagCodePage()), cut after the last whole character that fits
+// `width` bytes and padded with blanks to it: a double-byte (or four-byte) character that would straddle the
+// end is dropped, never halved. UTF-8 tags are still read, whatever is written.
+QByteArray encodeField(const QString& text, qsizetype width, const QByteArray& codePage = tagCodePage());
 
 // Pads or cuts `bytes` to `width` with blanks, keeping whole characters (used to store cleaned fields).
 QByteArray padField(QByteArrayView bytes, qsizetype width, TextEncoding encoding);

@@ -33,4 +33,32 @@ TEST(LocalText, EncodedFieldsKeepWholeCharacters)
     EXPECT_EQ(padField("a\xE4\xB8\xAD", 3, TextEncoding::Utf8), QByteArray("a  "));
 }
 
+// Tags are GB18030 unless the locale names a double-byte page of its own (Big5 for Taiwan and Hong Kong).
+TEST(LocalText, TagCodePageFollowsADoubleByteLocaleOnly)
+{
+    const struct
+    {
+        const char* codeset;
+        const char* page;
+    } table[] = {
+        {"UTF-8", "GB18030"},
+        {"ANSI_X3.4-1968", "GB18030"},
+        {"GBK", "GB18030"},
+        {"GB18030", "GB18030"},
+        {"ISO-8859-1", "GB18030"},
+        {"EUC-JP", "GB18030"},
+        {"BIG5", "BIG5"},
+        {"big5-hkscs", "BIG5-HKSCS"},
+        {"EUC-KR", "EUC-KR"},
+    };
+    for (const auto& row : table)
+        EXPECT_EQ(tagCodePageFor(row.codeset), QByteArray(row.page)) << row.codeset;
+    // the tests run under C.UTF-8
+    EXPECT_EQ(tagCodePage(), QByteArray("GB18030"));
+
+    // a Big5 field keeps whole characters too: "中文" is A4 A4 A4 E5
+    EXPECT_EQ(encodeField(QStringLiteral("中文"), 5, "BIG5"), QByteArray("\xA4\xA4\xA4\xE5 "));
+    EXPECT_EQ(encodeField(QStringLiteral("中文"), 3, "BIG5"), QByteArray("\xA4\xA4 "));
+}
+
 } // namespace
