@@ -3,6 +3,7 @@
 #include <QFileIconProvider>
 #include <QHash>
 #include <QIcon>
+#include <QMimeDatabase>
 #include <QPixmap>
 
 namespace vindaro::files {
@@ -17,7 +18,8 @@ public:
     QPixmap largePixmap(const QString& path) { return iconFor(path).pixmap(32, 32); }
 
 private:
-    QFileIconProvider m_provider;
+    QFileIconProvider m_provider; // the plain file icon when the theme has none
+    QMimeDatabase m_mime;
     QHash<QString, QIcon> m_byEnding; // lower-case suffix, "" for names without one
 };
 
