@@ -52,9 +52,7 @@ BatchCopier::BatchCopier(CopyState& state, BatchHost& host, platform::FileLayer&
     , m_files(files)
     , m_resumeStore(resumeStore)
     , m_drives(drives)
-    , m_copier(state, host, files, resumeStore, [&drives](const QString& path) {
-        return drives.driveType(path) == platform::kDriveCdRom && !drives.driveIsReady(path);
-    })
+    , m_copier(state, host, files, resumeStore, cdRomNotReadyProbe(drives))
 {
     m_copier.setBatchMode(true);
 }

@@ -40,6 +40,13 @@ bool isSameFile(const QString& source, const QString& destination)
 
 } // namespace
 
+std::function<bool(const QString&)> cdRomNotReadyProbe(DriveFacts& drives)
+{
+    return [&drives](const QString& path) {
+        return drives.driveType(path) == platform::kDriveCdRom && !drives.driveIsReady(path);
+    };
+}
+
 bool isNetworkPath(const QString& path)
 {
     return path.startsWith(QLatin1String("//")) || path.startsWith(QLatin1String("\\\\"))
@@ -53,9 +60,7 @@ CopySession::CopySession(CopyState& state, CopyHost& host, platform::FileLayer& 
     , m_files(files)
     , m_resumeStore(resumeStore)
     , m_drives(drives)
-    , m_copier(state, host, files, resumeStore, [&drives](const QString& path) {
-        return drives.driveType(path) == platform::kDriveCdRom && !drives.driveIsReady(path);
-    })
+    , m_copier(state, host, files, resumeStore, cdRomNotReadyProbe(drives))
 {
 }
 

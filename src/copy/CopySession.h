@@ -17,6 +17,9 @@ public:
     virtual bool isFloppy(const QString& path) = 0; // a removable drive that is a floppy disk
 };
 
+// Whether a path lies on an optical drive with no readable disc, for the block loop's failure table.
+std::function<bool(const QString&)> cdRomNotReadyProbe(DriveFacts& drives);
+
 // A path that names a network share rather than a local one ("//server/share", "\\\\server\\share",
 // "smb://server/share"): no free-space check, and the network block size.
 bool isNetworkPath(const QString& path);

@@ -324,32 +324,31 @@ bool FileSystem::FolderExists(const QString& path) const
     return !found.isEmpty() && QFileInfo(found).isDir();
 }
 
+std::optional<FileSystem::DiskFacts> FileSystem::diskFacts(const QString& root)
+{
+    const auto volume = volumeOf(root);
+    if (!volume)
+        return std::nullopt;
+    const auto space = m_volumes.space(volume->mountPoint);
+    if (!space)
+        return std::nullopt; // nothing else is asked when the space query fails
+    return DiskFacts{*space, m_volumes.identity(volume->mountPoint).value_or(platform::VolumeIdentity{})};
+}
+
 QString FileSystem::GetDiskInformation(const QString& root, int kind)
 {
     if (kind < 0 || kind > 10)
         return {};
-    const auto volume = volumeOf(root);
-    if (!volume)
-        return {};
-    const auto space = m_volumes.space(volume->mountPoint);
-    if (!space)
-        return {};
-    const auto identity = m_volumes.identity(volume->mountPoint).value_or(platform::VolumeIdentity{});
-    return diskInformationLine(kind, *space, identity);
+    const auto facts = diskFacts(root);
+    return facts ? diskInformationLine(kind, facts->space, facts->identity) : QString();
 }
 
 QVariant FileSystem::GetDiskInformationA(const QString& root, int kind)
 {
     if (kind < 0 || kind > 10)
         return {};
-    const auto volume = volumeOf(root);
-    if (!volume)
-        return {};
-    const auto space = m_volumes.space(volume->mountPoint);
-    if (!space)
-        return {};
-    const auto identity = m_volumes.identity(volume->mountPoint).value_or(platform::VolumeIdentity{});
-    return diskInformationValue(kind, *space, identity);
+    const auto facts = diskFacts(root);
+    return facts ? diskInformationValue(kind, facts->space, facts->identity) : QVariant();
 }
 
 QString FileSystem::GetDiskInformationStr(const QString& root)

@@ -98,6 +98,13 @@ public:
 
 private:
     std::optional<platform::Volume> volumeOf(const QString& path);
+    struct DiskFacts
+    {
+        platform::VolumeSpace space;
+        platform::VolumeIdentity identity;
+    };
+    // The space and identity of the volume of `root`; nothing when it has no volume or no space figures.
+    std::optional<DiskFacts> diskFacts(const QString& root);
     QString browseFolder(QWidget* owner, const QString& title);
 
     platform::Volumes& m_volumes;
