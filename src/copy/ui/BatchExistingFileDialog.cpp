@@ -13,18 +13,8 @@ namespace vindaro::copy {
 BatchExistingFileDialog::BatchExistingFileDialog(QWidget* parent)
     : QDialog(parent)
 {
-    setObjectName(QStringLiteral("batchExistingFileDialog"));
-    setWindowTitle(QStringLiteral("提醒！"));
-    setModal(true);
-    setMinimumWidth(kChoiceDialogMinimumWidth);
-
-    auto* layout = new QVBoxLayout(this);
-    auto* question = new QLabel(QStringLiteral("文件保存路径中已经存在同名文件："), this);
-    question->setObjectName(QStringLiteral("questionLabel"));
-    layout->addWidget(question);
-    addFilePairLabels(*this, *layout, m_sourceFacts, m_destinationFacts, m_comparison);
-    layout->addSpacing(6);
-    layout->addWidget(new QLabel(QStringLiteral("请选择如何处理该文件："), this));
+    auto* layout = beginExistingFileDialog(
+        *this, QStringLiteral("batchExistingFileDialog"), m_sourceFacts, m_destinationFacts, m_comparison);
 
     addChoiceButton(
         *this, *layout, QStringLiteral("覆盖该文件[&O]"), QStringLiteral("overwriteButton"), Overwrite);

@@ -115,21 +115,29 @@ void showFilePair(QLabel& sourceFacts, QLabel& destinationFacts, QLabel& compari
     comparison.setVisible(!compared.isEmpty());
 }
 
+QVBoxLayout* beginExistingFileDialog(QDialog& dialog, const QString& objectName, QLabel*& sourceFacts,
+    QLabel*& destinationFacts, QLabel*& comparison)
+{
+    dialog.setObjectName(objectName);
+    dialog.setWindowTitle(QStringLiteral("提醒！"));
+    dialog.setModal(true);
+    dialog.setMinimumWidth(kChoiceDialogMinimumWidth);
+
+    auto* layout = new QVBoxLayout(&dialog);
+    auto* question = new QLabel(QStringLiteral("文件保存路径中已经存在同名文件："), &dialog);
+    question->setObjectName(QStringLiteral("questionLabel"));
+    layout->addWidget(question);
+    addFilePairLabels(dialog, *layout, sourceFacts, destinationFacts, comparison);
+    layout->addSpacing(6);
+    layout->addWidget(new QLabel(QStringLiteral("请选择如何处理该文件："), &dialog));
+    return layout;
+}
+
 ExistingFileDialog::ExistingFileDialog(QWidget* parent)
     : QDialog(parent)
 {
-    setObjectName(QStringLiteral("existingFileDialog"));
-    setWindowTitle(QStringLiteral("提醒！"));
-    setModal(true);
-    setMinimumWidth(kChoiceDialogMinimumWidth);
-
-    auto* layout = new QVBoxLayout(this);
-    auto* question = new QLabel(QStringLiteral("文件保存路径中已经存在同名文件："), this);
-    question->setObjectName(QStringLiteral("questionLabel"));
-    layout->addWidget(question);
-    addFilePairLabels(*this, *layout, m_sourceFacts, m_destinationFacts, m_comparison);
-    layout->addSpacing(6);
-    layout->addWidget(new QLabel(QStringLiteral("请选择如何处理该文件："), this));
+    auto* layout = beginExistingFileDialog(
+        *this, QStringLiteral("existingFileDialog"), m_sourceFacts, m_destinationFacts, m_comparison);
 
     addChoiceButton(*this, *layout, QStringLiteral("覆盖该文件，从头开始复制[&O]"),
         QStringLiteral("overwriteButton"), Overwrite);

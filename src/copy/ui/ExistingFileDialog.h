@@ -6,6 +6,7 @@
 class QBoxLayout;
 class QKeyEvent;
 class QLabel;
+class QVBoxLayout;
 class QLineEdit;
 class QPushButton;
 
@@ -80,6 +81,10 @@ QPushButton* addChoiceButton(
 // The labels that show a source/destination pair; the caller keeps the three it gets back.
 void addFilePairLabels(QWidget& parent, QBoxLayout& layout, QLabel*& sourceFacts, QLabel*& destinationFacts,
     QLabel*& comparison);
+// The common top of the existing-file dialogs: title, the question, the file pair and the choice prompt.
+// Answers the layout the caller adds its choice buttons to.
+QVBoxLayout* beginExistingFileDialog(QDialog& dialog, const QString& objectName, QLabel*& sourceFacts,
+    QLabel*& destinationFacts, QLabel*& comparison);
 void showFilePair(QLabel& sourceFacts, QLabel& destinationFacts, QLabel& comparison, const QString& source,
     const QString& destination);
 
