@@ -1,0 +1,93 @@
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+char patternByte(qint64 offset)
+{
+    return char((offset * 7 + offset / 251) & 0xFF);
+}
+
+// A file system whose one file fails with EIO where it is scratched, mounted for the life of the object.
+class ScratchedDisc
+{
+public:
+    ScratchedDisc(const QString& mountPoint, qint64 size, const QString& scratches)
+        : m_mountPoint(mountPoint)
+    {
+        QDir().mkpath(mountPoint);
+        m_fs.start(QStringLiteral(SCRATCHED_DISC_FS), {mountPoint, QString::number(size), scratches});
+        m_mounted = m_fs.waitForStarted(10000)
+            && QTest::qWaitFor(
+                [&] { return m_fs.state() != QProcess::Running || QFileInfo(file()).size() == size; }, 10000)
+            && m_fs.state() == QProcess::Running;
+    }
+    ~ScratchedDisc()
+    {
+        if (m_fs.state() == QProcess::Running) {
+            QProcess::execute(QStringLiteral("fusermount3"), {QStringLiteral("-u"), m_mountPoint});
+            if (!m_fs.waitForFinished(10000)) {
+                m_fs.kill();
+                m_fs.waitForFinished(10000);
+            }
+        }
+    }
+    bool mounted() const { return m_mounted; }
+    QString why() { return QString::fromLocal8Bit(m_fs.readAllStandardError()); }
+    QString file() const { return m_mountPoint + QStringLiteral("/disc.dat"); }
+
+private:
+    QString m_mountPoint;
+    QProcess m_fs;
+    bool m_mounted = false;
+};
+
+// The promise of the program, end to end on real system calls: reads of a scratched stretch fail with EIO
+// from the kernel, the copy jumps over them and goes on, and everything readable arrives in its place.
+TEST(ScratchedDisc, ReadErrorsFromTheKernelAreSkippedAndTheRestArrives)
+{
+    QTemporaryDir dir;
+    const qint64 size = 3'000'000;
+    ScratchedDisc disc(dir.filePath(QStringLiteral("disc")), size, QStringLiteral("1000000:1,2000000:4096"));
+    if (!disc.mounted())
+        GTEST_SKIP() << "FUSE cannot be mounted here: " << disc.why().toStdString();
+
+    const QString copy = dir.filePath(QStringLiteral("copy.dat"));
+    QProcess tool;
+    tool.start(QStringLiteral(VINDARO_COPY_TOOL),
+        {QStringLiteral("-q"), QStringLiteral("-r"), QStringLiteral("1"), QStringLiteral("-s"),
+            QStringLiteral("1"), disc.file(), copy});
+    ASSERT_TRUE(tool.waitForFinished(120000));
+    const QString out = QString::fromUtf8(tool.readAllStandardOutput());
+    EXPECT_EQ(tool.exitCode(), 1) << QString::fromUtf8(tool.readAllStandardError()).toStdString();
+    EXPECT_EQ(out.count(QStringLiteral("文件跳过：")), 2) << out.toStdString();
+
+    QFile result(copy);
+    ASSERT_TRUE(result.open(QIODevice::ReadOnly));
+    const QByteArray bytes = result.readAll();
+    ASSERT_EQ(bytes.size(), size);
+    qint64 zeros = 0;
+    for (qint64 i = 0; i < size; ++i) {
+        if (bytes[i] != patternByte(i)) {
+            ASSERT_EQ(bytes[i], '\0') << "byte " << i << " is neither the disc's nor a skipped one";
+            ++zeros;
+        }
+    }
+    EXPECT_EQ(bytes[1000000], '\0');
+    EXPECT_EQ(bytes[2000000], '\0');
+    EXPECT_LT(zeros, 2 * 9 * 61440); // each stretch is a handful of blocks, not the rest of the file
+    EXPECT_EQ(bytes.first(990000), [&] {
+        QByteArray expected(990000, Qt::Uninitialized);
+        for (qint64 i = 0; i < expected.size(); ++i)
+            expected[i] = patternByte(i);
+        return expected;
+    }());
+}
+
+} // namespace
