@@ -129,6 +129,8 @@ void TrayController::removeIcon()
     m_icon->hide();
     delete m_icon;
     m_icon = nullptr;
+    delete m_menu; // the next send to the tray builds both again
+    m_menu = nullptr;
 }
 
 void TrayController::animateAway()

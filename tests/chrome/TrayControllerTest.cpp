@@ -7,6 +7,9 @@
 #include <QTest>
 #include <QWidget>
 
+#include <QMenu>
+#include <QPointer>
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -110,9 +113,15 @@ TEST(TrayController, TheIconCanBeRemovedBeforeTheWindowUnloads)
 {
     TrayFixture f(true);
     f.tray->sendToTray();
+    QPointer<QMenu> firstMenu = f.tray->trayMenu();
     f.tray->removeIcon();
     EXPECT_EQ(f.tray->trayIcon(), nullptr);
+    EXPECT_TRUE(firstMenu.isNull()); // the menu goes with its icon
     f.tray->removeIcon(); // twice is harmless
+
+    f.tray->sendToTray(); // and the tray can be used again
+    EXPECT_NE(f.tray->trayIcon(), nullptr);
+    EXPECT_NE(f.tray->trayMenu(), nullptr);
 }
 
 } // namespace
