@@ -32,11 +32,15 @@ bool isSameFile(const QString& source, const QString& destination)
 
 } // namespace
 
-BatchFigures computeBatchFigures(const BatchCounters& counters, qint64 position, int currentFileSeconds)
+BatchFigures computeBatchFigures(
+    const BatchCounters& counters, qint64 position, const std::atomic<int>& currentFileSeconds)
 {
     BatchFigures f;
     f.copiedBytes = counters.copiedBytes + std::max<qint64>(0, position);
-    f.batchSeconds = qint64(counters.finishedSeconds) + currentFileSeconds;
+    {
+        const std::lock_guard<std::mutex> lock(counters.secondsMutex);
+        f.batchSeconds = qint64(counters.finishedSeconds) + currentFileSeconds;
+    }
     if (f.batchSeconds > 0 && f.copiedBytes > 0) {
         const double bytesPerSecond = double(f.copiedBytes) / double(f.batchSeconds);
         f.estimatedSeconds = roundHalfEven(double(counters.totalBytes) / bytesPerSecond);
@@ -177,9 +181,10 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
                 m_copier.saveResumeRecord(usedDestination); // with this file's own seconds
             result.cancelled = true;
         }
-        // Two steps, so a tick landing between them may show the batch one file's seconds short for that
-        // one second; the next tick is right again.
-        m_counters.finishedSeconds += m_state.elapsedSeconds.exchange(0);
+        {
+            const std::lock_guard<std::mutex> lock(m_counters.secondsMutex); // the tick sees before or after
+            m_counters.finishedSeconds += m_state.elapsedSeconds.exchange(0);
+        }
         if (stop)
             break;
         m_host.yield();

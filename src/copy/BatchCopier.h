@@ -4,6 +4,8 @@
 
 #include <QStringList>
 
+#include <mutex>
+
 namespace vindaro::copy {
 
 // What the batch needs of its window beyond a single copy's host.
@@ -29,6 +31,9 @@ struct BatchCounters
     std::atomic<qint64> totalBytes{0}; // the lengths of every file that exists
     std::atomic<qint64> copiedBytes{0}; // the lengths of the files done so far
     std::atomic<int> finishedSeconds{0}; // the seconds of the files done so far
+    // Held while a finished file's seconds move into finishedSeconds and while the tick reads the sum, so
+    // the sum never counts them twice or not at all.
+    mutable std::mutex secondsMutex;
 };
 
 struct BatchResult
@@ -51,7 +56,8 @@ struct BatchFigures
     qint64 estimatedSeconds = -1;
     qint64 kilobytesPerSecond = 0;
 };
-BatchFigures computeBatchFigures(const BatchCounters& counters, qint64 position, int currentFileSeconds);
+BatchFigures computeBatchFigures(
+    const BatchCounters& counters, qint64 position, const std::atomic<int>& currentFileSeconds);
 
 // Copies every listed file into one folder, file after file, with the block loop of a single copy in its
 // batch mode and the batch's own answers for existing destinations.
