@@ -85,12 +85,17 @@ void ConsoleCopyHost::stopTimer()
     m_timerOn = false;
 }
 
+QString ConsoleCopyHost::copiedText() const
+{
+    // Formatted only when the line is printed, not after every block. A batch shows the bytes of the whole
+    // batch and the percentage of the current file.
+    return files::formatBytes(batchCounters ? batchCounters->copiedBytes + m_position : m_position);
+}
+
 void ConsoleCopyHost::updateProgress(qint64 position, qint64 sourceLength)
 {
     m_position = position;
     m_sourceLength = sourceLength;
-    // a batch shows the bytes of the whole batch, the percentage of the current file
-    m_copied = files::formatBytes(batchCounters ? batchCounters->copiedBytes + position : position);
 }
 
 QString ConsoleCopyHost::chooseBatchFolder(bool& copyToSameDir)
@@ -129,7 +134,6 @@ void ConsoleCopyHost::showFile(
 void ConsoleCopyHost::showCopiedBytes(qint64 bytes)
 {
     m_position = bytes;
-    m_copied = files::formatBytes(bytes);
 }
 
 int ConsoleCopyHost::askContinueCopy(const QString&, const QString& destination)
@@ -210,7 +214,7 @@ void ConsoleCopyHost::printProgress(bool force)
         return;
     m_sincePrint.start();
     m_err << '\r' << m_fileCount << percentText(m_position, m_sourceLength) << QStringLiteral("  已复制：")
-          << m_copied << QStringLiteral("  已用时间：") << m_elapsed;
+          << copiedText() << QStringLiteral("  已用时间：") << m_elapsed;
     if (!batchCounters) // a batch shows no remaining time
         m_err << QStringLiteral("  剩余时间：") << m_remaining;
     m_err << QStringLiteral("  估计消耗：") << m_estimated << QStringLiteral("  存取速度：") << m_throughput

@@ -63,6 +63,7 @@ public:
 private:
     void tick();
     void printProgress(bool force);
+    QString copiedText() const;
     void endProgressLine();
 
     CopyState& m_state;
@@ -76,7 +77,6 @@ private:
     qint64 m_position = 0;
     qint64 m_sourceLength = 0;
     QString m_fileCount; // "[i/n ]" in a batch
-    QString m_copied = QStringLiteral("0字节");
     QString m_elapsed = QStringLiteral("00:00:00");
     QString m_remaining = QStringLiteral("00:00:00");
     QString m_estimated = QStringLiteral("00:00:00");
