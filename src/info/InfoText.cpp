@@ -68,8 +68,12 @@ QString mp3Summary(const QString& path)
     Mp3ID3v1TAG tag;
     if (tag.getId3(path))
         text += id3v1TextBlock(tag);
+    // Two runs, as the property window has always made them: setting the name reads the header once and
+    // the window asks again. The second run starts from what the first left, which shows where a step
+    // fails: a reserved sampling frequency keeps the frame size, and the padding byte is added again.
     MP3Information mpeg;
     mpeg.setFileName(path);
+    mpeg.getMpegInfo();
     text += mpegTextBlock(mpeg);
     return text;
 }

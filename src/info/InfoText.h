@@ -18,7 +18,8 @@ QString mpegTextBlock(const MP3Information& mpeg);
 // The five Flash lines; call after getFlashInformation() returned true.
 QString flashTextBlock(const FlashInformation& flash);
 
-// The whole summary of an MP3 file: the ID3v1 block when the file ends in a tag, then the MPEG block.
+// The whole summary of an MP3 file: the ID3v1 block when the file ends in a tag, then the MPEG block of a
+// reader that has read the header twice (set the name, then getMpegInfo()), as the property window does.
 QString mp3Summary(const QString& path);
 // The Flash block, or the empty text when the file is not an uncompressed movie.
 QString flashSummary(const QString& path);

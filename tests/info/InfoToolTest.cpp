@@ -21,6 +21,10 @@ TEST(InfoTool, PrintsSummariesAndFailsForMissingFiles)
     const QString swf = dir.filePath(QStringLiteral("m.swf"));
     const QString zip = dir.filePath(QStringLiteral("a.zip"));
     const QString missing = dir.filePath(QStringLiteral("gone.mp3"));
+    // Reserved sampling frequency, padded: the tool reads the header twice as the window does, so the frame
+    // size is 2 (0, plus the padding byte in each run) and 418,000 bytes make 209,000 frames.
+    const QString reserved = dir.filePath(QStringLiteral("r.mp3"));
+    writeFile(reserved, QByteArray("\xFF\xFB\x9E\x64", 4) + QByteArray(418000 - 4, '\0'));
     QByteArray tag = QByteArray("TAG") + QByteArray("Song").leftJustified(30, '\0') + QByteArray(95, '\0');
     tag[127] = 17;
     writeFile(mp3, QByteArray("\xFF\xFB\x90\x64", 4) + QByteArray(4180000 - 132, '\0') + tag);
@@ -31,7 +35,7 @@ TEST(InfoTool, PrintsSummariesAndFailsForMissingFiles)
                             "0000646f63732f504b0102"));
 
     QProcess tool;
-    tool.start(QStringLiteral(VINDARO_INFO_TOOL), {mp3, swf, zip, missing});
+    tool.start(QStringLiteral(VINDARO_INFO_TOOL), {mp3, swf, zip, missing, reserved});
     ASSERT_TRUE(tool.waitForFinished(30000));
     const QString out = QString::fromUtf8(tool.readAllStandardOutput());
     const QString err = QString::fromUtf8(tool.readAllStandardError());
@@ -40,6 +44,8 @@ TEST(InfoTool, PrintsSummariesAndFailsForMissingFiles)
         << out.toStdString();
     EXPECT_TRUE(out.contains(QStringLiteral("流派：Rock\n")));
     EXPECT_TRUE(out.contains(QStringLiteral("\n长度：261秒\n标头创建于：0字节\n128kbit/s  10000帧\n")));
+    EXPECT_TRUE(out.contains(QStringLiteral("\n长度：26秒\n标头创建于：0字节\n128kbit/s  209000帧\n0Hz  ")))
+        << out.toStdString();
     EXPECT_TRUE(out.contains(QStringLiteral("长    度：10秒\n宽 × 高：550×400像素\n"))) << out.toStdString();
     EXPECT_TRUE(out.contains(QStringLiteral("[01][文件夹]docs/\t\t2003-01-01 12:00:00\n")));
     EXPECT_TRUE(out.contains(QStringLiteral("文件夹数：1 个\n文 件 数：0 个\n总计大小：0 KB\n")));

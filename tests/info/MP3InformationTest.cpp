@@ -167,6 +167,58 @@ TEST(MP3Information, TextBlockLines)
     EXPECT_EQ(vindaro::info::mpegTextBlock(mpeg), expected);
 }
 
+// The summary reads the header twice, the second run starting from what the first left. Every file is
+// 418,000 bytes with a V1 Layer III joint-stereo header FF FB xx 64 at offset 0; figures worked out by hand:
+// - reserved frequency, padded: the frame size has no divisor and stays, 0 + 1 after the first run and
+//   1 + 1 after the second, so 418,000 / 2 = 209,000 frames; 418,000 x 8 / 128,000 = 26.125 s gives 26;
+// - reserved frequency, unpadded: the frame size stays 0, so the frame count keeps its 0;
+// - reserved bit rate: the rate keeps its 0, so no time; the frame size is computed again each run,
+//   0 x 144,000 / 44,100 = 0, + 1 = 1, so 418,000 frames;
+// - both reserved, padded: 0 + 1 + 1 = 2 as in the first row, with no time;
+// - a valid padded header: 418 + 1 both times, 418,000 / 419 = 997 frames.
+struct SummaryCase
+{
+    const char* name;
+    char bitRateFrequencyPadding; // the third header byte: EEEEFFGH
+    const char* figures; // the length, header, bit-rate and frequency lines
+};
+
+void PrintTo(const SummaryCase& c, std::ostream* out)
+{
+    *out << c.name;
+}
+
+class MP3Summary : public ::testing::TestWithParam<SummaryCase>
+{
+};
+
+TEST_P(MP3Summary, ShowsTheFiguresOfTheSecondRun)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("a.mp3"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const char header[] = {'\xFF', '\xFB', GetParam().bitRateFrequencyPadding, '\x64'};
+    file.write(stream(QByteArray(header, 4), 0, 418000));
+    file.close();
+    const QString summary = vindaro::info::mp3Summary(path);
+    EXPECT_TRUE(summary.contains(QString::fromUtf8(GetParam().figures))) << summary.toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, MP3Summary,
+    ::testing::Values(
+        SummaryCase{"ReservedFrequencyPadded", '\x9E',
+            "\r\n长度：26秒\r\n标头创建于：0字节\r\n128kbit/s  209000帧\r\n0Hz  合成立体声\r\n"},
+        SummaryCase{"ReservedFrequency", '\x9C',
+            "\r\n长度：26秒\r\n标头创建于：0字节\r\n128kbit/s  0帧\r\n0Hz  合成立体声\r\n"},
+        SummaryCase{"ReservedBitRatePadded", '\xF2',
+            "\r\n长度：0秒\r\n标头创建于：0字节\r\n0kbit/s  418000帧\r\n44100Hz  合成立体声\r\n"},
+        SummaryCase{"BothReservedPadded", '\xFE',
+            "\r\n长度：0秒\r\n标头创建于：0字节\r\n0kbit/s  209000帧\r\n0Hz  合成立体声\r\n"},
+        SummaryCase{"ValidPadded", '\x92',
+            "\r\n长度：26秒\r\n标头创建于：0字节\r\n128kbit/s  997帧\r\n44100Hz  合成立体声\r\n"}),
+    [](const ::testing::TestParamInfo<SummaryCase>& param) { return std::string(param.param.name); });
+
 } // namespace
 
 namespace {
