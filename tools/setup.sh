@@ -13,7 +13,7 @@ build_dir=${BUILD_DIR:-build}
 build_type=${BUILD_TYPE:-RelWithDebInfo}
 
 packages=(cmake ninja-build g++ pkg-config clang-format git libfuse3-dev fuse3
-  qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev libqt6multimediawidgets6 qt6-tools-dev qt6-l10n-tools
+  dbus-daemon qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev libqt6multimediawidgets6 qt6-tools-dev qt6-l10n-tools
   libgl1-mesa-dev libgtest-dev xvfb xauth fonts-wqy-microhei zip gstreamer1.0-tools
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav)
 

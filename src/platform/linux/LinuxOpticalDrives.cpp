@@ -1,5 +1,7 @@
 #include "LinuxOpticalDrives.h"
 
+#include "UDisksEject.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -140,8 +142,9 @@ DriveStatus driveStatus(const QString& path)
 
 } // namespace
 
-LinuxOpticalDrives::LinuxOpticalDrives(const QString& rootPath)
+LinuxOpticalDrives::LinuxOpticalDrives(const QString& rootPath, TrayOptions trayOptions)
     : m_rootPath(rootPath.isEmpty() ? QStringLiteral("/") : rootPath)
+    , m_trayOptions(std::move(trayOptions))
 {
 }
 
@@ -228,24 +231,41 @@ bool LinuxOpticalDrives::isReady(const OpticalDrive& drive)
     return ok && sectors > 0;
 }
 
-bool LinuxOpticalDrives::openTray(const QString& device)
+bool LinuxOpticalDrives::runTrayIoctl(const QString& device, TrayIoctl request) const
 {
-#ifdef CDROMEJECT
-    return !device.isEmpty() && cdromIoctl(hostPath(device), CDROMEJECT, 0) == 0;
+    const QString path = hostPath(device);
+    if (m_trayOptions.trayIoctl)
+        return m_trayOptions.trayIoctl(path, request);
+#if defined(CDROMEJECT) && defined(CDROMCLOSETRAY)
+    return cdromIoctl(path, request == TrayIoctl::Eject ? CDROMEJECT : CDROMCLOSETRAY, 0) == 0;
 #else
-    Q_UNUSED(device);
+    Q_UNUSED(path);
     return false;
 #endif
 }
 
+bool LinuxOpticalDrives::openTray(const QString& device)
+{
+    if (device.isEmpty())
+        return false;
+    if (m_rootPath == QLatin1String("/")) {
+        switch (ejectThroughUDisks(device, m_trayOptions.diskServiceTimeoutMs)) {
+        case UDisksEjectResult::Ejected:
+            return true;
+        case UDisksEjectResult::StillMounted:
+            return false;
+        case UDisksEjectResult::NotHandled:
+            break;
+        }
+    }
+    return runTrayIoctl(device, TrayIoctl::Eject);
+}
+
+// UDisks2 has no method that closes a tray, so the ioctl does it. That is enough: a drive whose tray is
+// open has nothing mounted, and the kernel refuses CDROMCLOSETRAY only while a disc is in use.
 bool LinuxOpticalDrives::closeTray(const QString& device)
 {
-#ifdef CDROMCLOSETRAY
-    return !device.isEmpty() && cdromIoctl(hostPath(device), CDROMCLOSETRAY, 0) == 0;
-#else
-    Q_UNUSED(device);
-    return false;
-#endif
+    return !device.isEmpty() && runTrayIoctl(device, TrayIoctl::Close);
 }
 
 } // namespace vindaro::platform

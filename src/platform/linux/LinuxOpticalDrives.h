@@ -6,12 +6,37 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
+
 namespace vindaro::platform {
 
+// The two tray ioctls.
+enum class TrayIoctl
+{
+    Eject, // CDROMEJECT
+    Close, // CDROMCLOSETRAY
+};
+
+// How LinuxOpticalDrives moves trays.
+struct TrayOptions
+{
+    // The longest one openTray() waits for the disk service, all its calls together; a stuck
+    // service costs this once, then the ioctl is tried or the request fails.
+    int diskServiceTimeoutMs = 30000;
+    // Runs a tray ioctl on a device node; true when the tray moved. Empty: the real ioctl. Tests
+    // replace it so that no real drive moves.
+    std::function<bool(const QString& devicePath, TrayIoctl request)> trayIoctl;
+};
+
 // Optical drives of a Linux machine: the sr block devices of sysfs and /dev, their mount points from
-// /proc/self/mountinfo, readiness from the CDROM_DRIVE_STATUS ioctl and trays moved with CDROMEJECT and
-// CDROMCLOSETRAY. Holds no state beyond the file-system root it reads, so one instance may be shared
-// between threads.
+// /proc/self/mountinfo and readiness from the CDROM_DRIVE_STATUS ioctl.
+//
+// A tray opens through the desktop's disk service (UDisks2), which unmounts a mounted disc first: the
+// kernel refuses CDROMEJECT while a disc is mounted, and on a desktop a disc is normally mounted. Where
+// the service is missing or will not eject, CDROMEJECT is tried. A refused unmount ends the request:
+// the disc stays mounted and openTray() answers false. Trays close with CDROMCLOSETRAY.
+//
+// Holds no state beyond its settings, so one instance may be shared between threads.
 class LinuxOpticalDrives final : public OpticalDrives
 {
 public:
@@ -25,7 +50,8 @@ public:
     };
 
     // rootPath lets tests point the class at a fake tree holding sys/block, dev and proc/self/mountinfo.
-    explicit LinuxOpticalDrives(const QString& rootPath = QStringLiteral("/"));
+    // The disk service knows the real system's devices only, so it is asked only when rootPath is "/".
+    explicit LinuxOpticalDrives(const QString& rootPath = QStringLiteral("/"), TrayOptions trayOptions = {});
 
     QList<OpticalDrive> list() override;
     bool isReady(const OpticalDrive& drive) override;
@@ -38,8 +64,10 @@ public:
 
 private:
     QString hostPath(const QString& absolutePath) const;
+    bool runTrayIoctl(const QString& device, TrayIoctl request) const;
 
     QString m_rootPath;
+    TrayOptions m_trayOptions;
 };
 
 } // namespace vindaro::platform

@@ -1,0 +1,235 @@
+// Trays moved through a real D-Bus daemon: a private bus stands in for the system bus
+// (DBUS_SYSTEM_BUS_ADDRESS) and a stand-in UDisks2 service of our own answers on it. The tray ioctl is
+// replaced by a recorder, so no real drive moves whatever happens.
+#include "DrivesTestSupport.h"
+#include "drives/TrayJob.h"
+#include "platform/linux/LinuxOpticalDrives.h"
+
+#include <QDeadlineTimer>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+
+using vindaro::platform::LinuxOpticalDrives;
+using vindaro::platform::TrayIoctl;
+using vindaro::platform::TrayOptions;
+
+namespace {
+
+const QString kDevice = QStringLiteral("/dev/vindaro-standin-sr0");
+const char kBlock[] = "/org/freedesktop/UDisks2/block_devices/standin0";
+const char kDrive[] = "/org/freedesktop/UDisks2/drives/StandIn_DVD_RW";
+
+// The first non-empty line the process prints within 10 s; empty when none.
+QByteArray firstLine(QProcess& process)
+{
+    const QDeadlineTimer deadline(10000);
+    for (;;) {
+        while (process.canReadLine()) {
+            const QByteArray line = process.readLine().trimmed();
+            if (!line.isEmpty())
+                return line;
+        }
+        if (deadline.hasExpired()
+            || !process.waitForReadyRead(static_cast<int>(qMax<qint64>(1, deadline.remainingTime()))))
+            return {};
+    }
+}
+
+void stop(QProcess& process)
+{
+    if (process.state() == QProcess::NotRunning)
+        return;
+    process.kill();
+    process.waitForFinished(10000);
+}
+
+class UDisksTray : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        const QString daemon = QStandardPaths::findExecutable(QStringLiteral("dbus-daemon"));
+        if (daemon.isEmpty())
+            GTEST_SKIP() << "dbus-daemon is not installed";
+        ASSERT_TRUE(m_dir.isValid());
+        // A bus of our own: anyone may own any name, and no service is started on demand.
+        QFile config(m_dir.filePath(QStringLiteral("bus.conf")));
+        ASSERT_TRUE(config.open(QIODevice::WriteOnly));
+        config.write("<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\" "
+                     "\"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+                     "<busconfig><type>system</type><listen>unix:dir="
+            + QFile::encodeName(m_dir.path())
+            + "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\"/>"
+              "<allow own=\"*\"/><allow receive_sender=\"*\"/></policy></busconfig>\n");
+        config.close();
+        m_bus.start(daemon,
+            {QStringLiteral("--config-file=") + config.fileName(), QStringLiteral("--nofork"),
+                QStringLiteral("--print-address=1")});
+        const QByteArray address = firstLine(m_bus);
+        if (address.isEmpty())
+            GTEST_SKIP() << "dbus-daemon did not start: " << m_bus.readAllStandardError().toStdString();
+        m_oldAddress = qgetenv("DBUS_SYSTEM_BUS_ADDRESS");
+        m_hadAddress = qEnvironmentVariableIsSet("DBUS_SYSTEM_BUS_ADDRESS");
+        qputenv("DBUS_SYSTEM_BUS_ADDRESS", address);
+        m_logPath = m_dir.filePath(QStringLiteral("calls.log"));
+    }
+
+    void TearDown() override
+    {
+        stop(m_standIn);
+        stop(m_bus);
+        if (m_hadAddress)
+            qputenv("DBUS_SYSTEM_BUS_ADDRESS", m_oldAddress);
+        else
+            qunsetenv("DBUS_SYSTEM_BUS_ADDRESS");
+    }
+
+    void startStandIn(const QStringList& flags)
+    {
+        m_standIn.start(QStringLiteral(UDISKS2_STANDIN),
+            QStringList{QStringLiteral("--device"), kDevice, QStringLiteral("--log"), m_logPath} + flags);
+        ASSERT_EQ(firstLine(m_standIn), "ready") << m_standIn.readAllStandardError().toStdString();
+    }
+
+    // The action calls the stand-in received, in order.
+    QStringList calls() const
+    {
+        QFile file(m_logPath);
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    }
+
+    LinuxOpticalDrives drives(int timeoutMs = 10000)
+    {
+        TrayOptions options;
+        options.diskServiceTimeoutMs = timeoutMs;
+        options.trayIoctl = [this](const QString& path, TrayIoctl request) {
+            m_ioctls.append(
+                (request == TrayIoctl::Eject ? QStringLiteral("eject ") : QStringLiteral("close ")) + path);
+            return m_ioctlMoves;
+        };
+        return LinuxOpticalDrives(QStringLiteral("/"), options);
+    }
+
+    QTemporaryDir m_dir;
+    QProcess m_bus;
+    QProcess m_standIn;
+    QString m_logPath;
+    QByteArray m_oldAddress;
+    bool m_hadAddress = false;
+    QStringList m_ioctls;
+    bool m_ioctlMoves = true;
+};
+
+struct EjectCase
+{
+    const char* name;
+    bool service; // false: no UDisks2 on the bus at all
+    QStringList standInFlags;
+    bool ioctlMoves;
+    bool opened;
+    QStringList calls;
+    QStringList ioctls;
+};
+
+void PrintTo(const EjectCase& c, std::ostream* out)
+{
+    *out << c.name;
+}
+
+class UDisksEject : public UDisksTray, public ::testing::WithParamInterface<EjectCase>
+{
+};
+
+const QString kUnmount = QStringLiteral("Unmount ") + QLatin1String(kBlock);
+const QString kEject = QStringLiteral("Eject ") + QLatin1String(kDrive);
+const QString kIoctlEject = QStringLiteral("eject ") + kDevice;
+
+TEST_P(UDisksEject, UnmountsThenEjectsOrFallsBackToTheIoctl)
+{
+    const EjectCase& c = GetParam();
+    if (c.service)
+        startStandIn(c.standInFlags);
+    m_ioctlMoves = c.ioctlMoves;
+    EXPECT_EQ(drives().openTray(kDevice), c.opened);
+    EXPECT_EQ(calls(), c.calls);
+    EXPECT_EQ(m_ioctls, c.ioctls);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, UDisksEject,
+    ::testing::Values(EjectCase{"MountedDisc", true, {"--mounted"}, false, true, {kUnmount, kEject}, {}},
+        EjectCase{"UnmountedDisc", true, {}, false, true, {kEject}, {}},
+        EjectCase{"AudioDiscWithoutFilesystem", true, {"--no-filesystem"}, false, true, {kEject}, {}},
+        // A busy file system stays mounted: no eject, and no ioctl that the kernel would refuse anyway.
+        EjectCase{"UnmountRefused", true, {"--mounted", "--unmount-busy"}, true, false, {kUnmount}, {}},
+        EjectCase{"EjectRefusedIoctlMoves", true, {"--mounted", "--eject-fails"}, true, true,
+            {kUnmount, kEject}, {kIoctlEject}},
+        EjectCase{"EjectRefusedIoctlFails", true, {"--eject-fails"}, false, false, {kEject}, {kIoctlEject}},
+        EjectCase{"ServiceAbsent", false, {}, true, true, {}, {kIoctlEject}},
+        EjectCase{"ServiceAbsentIoctlFails", false, {}, false, false, {}, {kIoctlEject}}),
+    [](const ::testing::TestParamInfo<EjectCase>& param) { return std::string(param.param.name); });
+
+TEST_F(UDisksTray, DeviceUnknownToTheServiceUsesTheIoctl)
+{
+    startStandIn({QStringLiteral("--mounted")});
+    EXPECT_TRUE(drives().openTray(QStringLiteral("/dev/vindaro-other")));
+    EXPECT_EQ(calls(), QStringList());
+    EXPECT_EQ(m_ioctls, QStringList{QStringLiteral("eject /dev/vindaro-other")});
+}
+
+// A service that never answers the unmount holds the tray request for the timeout only.
+TEST_F(UDisksTray, StuckServiceEndsAfterTheTimeout)
+{
+    startStandIn({QStringLiteral("--mounted"), QStringLiteral("--unmount-stalls")});
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_FALSE(drives(300).openTray(kDevice));
+    EXPECT_LT(clock.elapsed(), 5000);
+    EXPECT_EQ(calls(), QStringList{kUnmount});
+    EXPECT_EQ(m_ioctls, QStringList());
+}
+
+// As the window runs it: on a pool thread of the tray queue, with its own connection to the bus.
+TEST_F(UDisksTray, EjectsFromTheTrayJobThread)
+{
+    startStandIn({QStringLiteral("--mounted")});
+    auto shared = std::make_shared<LinuxOpticalDrives>(drives());
+    // Shared with the job, which may outlive a failed wait.
+    auto opened = std::make_shared<std::atomic<bool>>(false);
+    auto done = std::make_shared<bool>(false);
+    vindaro::drives::runTrayJob(
+        shared,
+        [shared, opened](vindaro::drives::CDRomDriveControl&) { *opened = shared->openTray(kDevice); },
+        [done] { *done = true; });
+    ASSERT_TRUE(vindaro::testing::waitFor([done] { return *done; }, 20000));
+    EXPECT_TRUE(*opened);
+    EXPECT_EQ(calls(), (QStringList{kUnmount, kEject}));
+}
+
+// The service has no close method: closing is the ioctl's, with or without the service.
+TEST_F(UDisksTray, CloseUsesTheIoctl)
+{
+    startStandIn({QStringLiteral("--mounted")});
+    EXPECT_TRUE(drives().closeTray(kDevice));
+    EXPECT_EQ(calls(), QStringList());
+    EXPECT_EQ(m_ioctls, QStringList{QStringLiteral("close ") + kDevice});
+}
+
+TEST_F(UDisksTray, NoBusAtAllUsesTheIoctl)
+{
+    qputenv(
+        "DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + QFile::encodeName(m_dir.filePath(QStringLiteral("none"))));
+    EXPECT_TRUE(drives().openTray(kDevice));
+    EXPECT_EQ(m_ioctls, QStringList{kIoctlEject});
+}
+
+} // namespace
