@@ -32,8 +32,9 @@ public:
     virtual QList<OpticalDrive> list() = 0;
     // True when a medium is present and, when mounted, its root can be listed.
     virtual bool isReady(const OpticalDrive& drive) = 0;
-    // Move the tray of the drive with that device path. False when the drive has no tray motor, is busy,
-    // cannot be opened for lack of permission, or does not exist.
+    // Move the tray of the drive with that device path; opening unmounts a mounted medium first. False
+    // when the drive has no tray motor, its medium is in use and stays mounted, it is busy, cannot be
+    // opened for lack of permission, or does not exist.
     virtual bool openTray(const QString& device) = 0;
     virtual bool closeTray(const QString& device) = 0;
 };
