@@ -89,23 +89,32 @@ INSTANTIATE_TEST_SUITE_P(Table, MP3InformationHeaders,
             125, 3, "Yes", "双声道"}),
     [](const ::testing::TestParamInfo<HeaderCase>& param) { return std::string(param.param.name); });
 
-TEST(MP3Information, FirstFfByteIsTheHeaderWhateverFollows)
+// Where the header is found and what is read there.
+TEST(MP3Information, HeaderIsTheFirstFfByteWhateverFollows)
 {
-    // 0xFF at offset 10 followed by 0x00: not a valid frame sync, still the header.
-    QByteArray bytes = stream(QByteArray("\xFF\x00\x90\x64", 4), 10, 5000);
-    bytes[3] = 'x';
-    const MP3Information mpeg = readBytes(bytes);
-    EXPECT_EQ(mpeg.header(), QStringLiteral("10"));
-    EXPECT_EQ(mpeg.bitStr(), QStringLiteral("11111111000000001001000001100100"));
-    EXPECT_EQ(mpeg.layer(), QStringLiteral("0"));
-    EXPECT_EQ(mpeg.bitRate(), 0); // reserved layer: no table, the field keeps its value
-}
-
-TEST(MP3Information, HeaderBeyond16BitOffsetsShowsItsTrueOffset)
-{
-    const MP3Information mpeg = readBytes(stream(QByteArray("\xFF\xFB\x90\x64", 4), 70000, 80000));
-    EXPECT_EQ(mpeg.header(), QStringLiteral("70000"));
-    EXPECT_EQ(mpeg.bitRate(), 128);
+    QByteArray noSync = stream(QByteArray("\xFF\x00\x90\x64", 4), 10, 5000);
+    noSync[3] = 'x';
+    const struct
+    {
+        QByteArray bytes;
+        const char* header;
+        const char* bitStr;
+        qint64 bitRate;
+    } cases[] = {
+        // 0xFF followed by 0x00 is no frame sync, still the header; the reserved layer has no bit rate.
+        {noSync, "10", "11111111000000001001000001100100", 0},
+        // Past the 16-bit offsets: the true offset.
+        {stream(QByteArray("\xFF\xFB\x90\x64", 4), 70000, 80000), "70000", "11111111111110111001000001100100",
+            128},
+        // Cut by the end of the file: the missing bytes read as zeros.
+        {QByteArray("abc\xFF\xFB", 5), "3", "11111111111110110000000000000000", 0},
+    };
+    for (const auto& c : cases) {
+        const MP3Information mpeg = readBytes(c.bytes);
+        EXPECT_EQ(mpeg.header(), QLatin1String(c.header));
+        EXPECT_EQ(mpeg.bitStr(), QLatin1String(c.bitStr)) << c.header;
+        EXPECT_EQ(mpeg.bitRate(), c.bitRate) << c.header;
+    }
 }
 
 TEST(MP3Information, NoFfByteBeforeTheLastByteMeansNoHeader)
@@ -119,13 +128,6 @@ TEST(MP3Information, NoFfByteBeforeTheLastByteMeansNoHeader)
     EXPECT_TRUE(vindaro::info::mpegTextBlock(mpeg).contains(QStringLiteral("标头创建于：未找到")));
 
     EXPECT_EQ(readBytes(QByteArray()).headerOffset(), -1);
-}
-
-TEST(MP3Information, HeaderCutByTheEndReadsAsZeros)
-{
-    const MP3Information mpeg = readBytes(QByteArray("abc\xFF\xFB", 5));
-    EXPECT_EQ(mpeg.header(), QStringLiteral("3"));
-    EXPECT_EQ(mpeg.bitStr(), QStringLiteral("11111111111110110000000000000000"));
 }
 
 TEST(MP3Information, FileNameSetterReadsAtOnceAndRefusesMissingFiles)

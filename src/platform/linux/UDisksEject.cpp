@@ -122,8 +122,12 @@ UDisksEjectResult ejectThroughUDisks(const QString& device, int timeoutMs)
 {
     if (device.isEmpty())
         return UDisksEjectResult::NotHandled;
-    qDBusRegisterMetaType<QByteArrayList>();
-    qDBusRegisterMetaType<QList<QDBusObjectPath>>();
+    static const bool typesKnown = [] {
+        qDBusRegisterMetaType<QByteArrayList>();
+        qDBusRegisterMetaType<QList<QDBusObjectPath>>();
+        return true;
+    }();
+    Q_UNUSED(typesKnown);
 
     PrivateSystemBus bus;
     if (!bus.connection().isConnected())
