@@ -2,12 +2,15 @@
 #include "platform/linux/LinuxVolumes.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <gtest/gtest.h>
+
+#include <sys/mount.h>
 
 using namespace vindaro;
 using platform::LinuxVolumes;
