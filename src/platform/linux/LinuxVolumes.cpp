@@ -313,9 +313,11 @@ void LinuxVolumes::reloadLocked(const QByteArray& text)
             || entry.mountPoint.startsWith(QLatin1String("/sys/")))
             continue;
         Volume volume{entry.mountPoint, entry.device, entry.fsType, classify(entry)};
-        // A file bind-mounted over another (containers' /etc/hosts) is no drive. Remote mounts are not
-        // examined: a stat on a dead server can hang.
-        if (volume.kind != kDriveRemote && !QFileInfo(entry.mountPoint).isDir())
+        // A file bind-mounted over another (containers' /etc/hosts) is no drive. Remote and FUSE mounts
+        // are not examined: a stat on a dead server, or on a FUSE daemon that is stuck, can hang.
+        const bool mayHang = volume.kind == kDriveRemote || entry.fsType == QLatin1String("fuse")
+            || entry.fsType.startsWith(QLatin1String("fuse."));
+        if (!mayHang && !QFileInfo(entry.mountPoint).isDir())
             continue;
         // A later mount on the same point hides the earlier one.
         bool replaced = false;
@@ -534,6 +536,12 @@ std::optional<VolumeIdentity> LinuxVolumes::identity(const QString& mountPoint)
     for (const MountEntry& entry : table().entries) {
         if (entry.mountPoint == mountPoint)
             found = entry; // the last one is the visible one
+    }
+    if (!found && !volumeHolding(table().volumes, mountPoint)) {
+        // A root the table does not cover: what the path itself tells.
+        const auto volume = volumeFromPath(mountPoint);
+        if (volume && volume->mountPoint == mountPoint)
+            found = MountEntry{volume->mountPoint, volume->device, volume->fsType};
     }
     if (!found)
         return std::nullopt;
