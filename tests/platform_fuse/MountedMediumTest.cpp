@@ -77,6 +77,11 @@ struct ReadinessRow
     bool ready;
 };
 
+void PrintTo(const ReadinessRow& row, std::ostream* out)
+{
+    *out << (row.readable ? "readable" : "unreadable");
+}
+
 class MediumReadiness : public ::testing::TestWithParam<ReadinessRow>
 {
 };
