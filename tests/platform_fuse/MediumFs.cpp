@@ -1,25 +1,30 @@
 // A tiny FUSE file system standing in for a mounted medium: one read-only file, disc.dat, in the root.
-//   medium_fs MOUNTPOINT readable|unreadable [-o FUSE-OPTIONS]
+//   medium_fs MOUNTPOINT readable|unreadable|stuck [-o FUSE-OPTIONS]
 // "unreadable" fails every listing of the root with EIO, as a scratched disc's directory does, while the
-// root itself and the file can still be looked up. Runs in the foreground, single-threaded, until
-// unmounted or sent SIGTERM.
+// root itself and the file can still be looked up. "stuck" never answers a look-up of the root, as a
+// daemon that hangs: whoever examines the mount point waits until the daemon is killed. Runs in the
+// foreground, single-threaded, until unmounted or killed.
 #define FUSE_USE_VERSION 31
 #include <fuse.h>
 
 #include <cerrno>
 #include <cstring>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
 
 bool g_unreadable = false;
+bool g_stuck = false;
 const char* const kName = "/disc.dat";
 const char kContents[] = "a medium\n";
 
 int getAttributes(const char* path, struct stat* st, struct fuse_file_info*)
 {
     std::memset(st, 0, sizeof(*st));
+    while (g_stuck)
+        ::pause();
     if (std::strcmp(path, "/") == 0) {
         st->st_mode = S_IFDIR | 0555;
         st->st_nlink = 2;
@@ -66,6 +71,7 @@ int main(int argc, char** argv)
     if (argc != 3 && argc != 5)
         return 2;
     g_unreadable = std::strcmp(argv[2], "unreadable") == 0;
+    g_stuck = std::strcmp(argv[2], "stuck") == 0;
 
     static struct fuse_operations operations = {};
     operations.getattr = getAttributes;

@@ -12,10 +12,27 @@
 
 #include <sys/mount.h>
 
+#include <atomic>
+#include <thread>
+
 using namespace vindaro;
 using platform::LinuxVolumes;
 
 namespace {
+
+bool inMountTable(const QString& mountPoint)
+{
+    QFile table(QStringLiteral("/proc/self/mountinfo"));
+    return table.open(QIODevice::ReadOnly)
+        && table.readAll().contains(' ' + QFile::encodeName(mountPoint) + ' '); // no blanks to escape
+}
+
+enum class Medium
+{
+    Readable,
+    Unreadable, // listing the root fails with EIO
+    Stuck, // the daemon never answers about the root
+};
 
 // A medium mounted from the tests' own FUSE file system until unmount() or the end of the object.
 // `fsName` is the mount source the mount table shows: "/dev/sr7" makes it an optical drive.
@@ -23,25 +40,43 @@ class MountedMedium
 {
 public:
     MountedMedium(const QString& mountPoint, bool readable, const QString& fsName)
+        : MountedMedium(mountPoint, readable ? Medium::Readable : Medium::Unreadable, fsName)
+    {
+    }
+    MountedMedium(const QString& mountPoint, Medium medium, const QString& fsName)
         : m_mountPoint(mountPoint)
     {
         QDir().mkpath(mountPoint);
+        const char* const modes[] = {"readable", "unreadable", "stuck"};
         m_fs.start(QStringLiteral(MEDIUM_FS),
-            {mountPoint, readable ? QStringLiteral("readable") : QStringLiteral("unreadable"),
-                QStringLiteral("-o"), QStringLiteral("fsname=") + fsName});
+            {mountPoint, QString::fromLatin1(modes[int(medium)]), QStringLiteral("-o"),
+                QStringLiteral("fsname=") + fsName});
+        // A stuck medium cannot be looked at: the mount table tells when it is there.
+        const auto ready
+            = [&] { return medium == Medium::Stuck ? inMountTable(mountPoint) : QFileInfo::exists(file()); };
         m_mounted = m_fs.waitForStarted(10000)
-            && QTest::qWaitFor(
-                [&] { return m_fs.state() != QProcess::Running || QFileInfo::exists(file()); }, 10000)
+            && QTest::qWaitFor([&] { return m_fs.state() != QProcess::Running || ready(); }, 10000)
             && m_fs.state() == QProcess::Running;
     }
     ~MountedMedium() { unmount(); }
+
+    // Kills the daemon: whatever waits on it gets an error (ENOTCONN) at once. The mount stays, dead,
+    // until unmount().
+    void kill()
+    {
+        m_fs.kill();
+        m_fs.waitForFinished(10000);
+    }
 
     // True when the medium left the mount table, as an eject makes it leave. Something else holding the
     // mount open for a moment (a folder scan of the temporary folder) gets a lazy unmount.
     bool unmount()
     {
-        if (m_fs.state() != QProcess::Running)
-            return false;
+        if (m_fs.state() != QProcess::Running) {
+            // A dead mount (its daemon killed) only needs detaching.
+            return inMountTable(m_mountPoint)
+                && ::umount2(QFile::encodeName(m_mountPoint).constData(), MNT_DETACH) == 0;
+        }
         const bool done
             = QProcess::execute(QStringLiteral("fusermount3"), {QStringLiteral("-u"), m_mountPoint}) == 0
             || QProcess::execute(
@@ -171,6 +206,33 @@ TEST(KeptMountTable, FollowsMountsAndUnmounts)
     EXPECT_TRUE(listed(volumes, mountPoint));
     ASSERT_TRUE(medium.unmount());
     EXPECT_FALSE(listed(volumes, mountPoint));
+}
+
+// Whatever the daemon of a FUSE mount does, listing the volumes never waits on it: a stuck daemon must not
+// hang the window or the copy.
+TEST(KeptMountTable, AStuckFileSystemDoesNotHoldUpTheListing)
+{
+    QTemporaryDir dir;
+    const QString mountPoint = dir.filePath(QStringLiteral("stuck"));
+    MountedMedium medium(mountPoint, Medium::Stuck, QStringLiteral("vindaro-stuck"));
+    if (!medium.mounted())
+        GTEST_SKIP() << "FUSE cannot be mounted here: " << medium.why();
+
+    LinuxVolumes volumes;
+    std::atomic<bool> listed{false};
+    bool holdsStuck = false;
+    std::thread lister([&] {
+        const QList<platform::Volume> list = volumes.list();
+        holdsStuck = std::any_of(
+            list.begin(), list.end(), [&](const platform::Volume& v) { return v.mountPoint == mountPoint; });
+        listed = true;
+    });
+    const bool inTime = QTest::qWaitFor([&] { return listed.load(); }, 5000);
+    medium.kill(); // releases a lister that waits on the daemon
+    lister.join();
+    EXPECT_TRUE(inTime);
+    EXPECT_TRUE(holdsStuck); // listed, only not examined
+    EXPECT_TRUE(medium.unmount());
 }
 
 } // namespace
