@@ -40,11 +40,14 @@ bool isSameFile(const QString& source, const QString& destination)
 
 } // namespace
 
+bool DriveFacts::sourceDiscNotReady(const QString& path)
+{
+    return driveType(path) == platform::kDriveCdRom && !driveIsReady(path);
+}
+
 std::function<bool(const QString&)> cdRomNotReadyProbe(DriveFacts& drives)
 {
-    return [&drives](const QString& path) {
-        return drives.driveType(path) == platform::kDriveCdRom && !drives.driveIsReady(path);
-    };
+    return [&drives](const QString& path) { return drives.sourceDiscNotReady(path); };
 }
 
 bool isNetworkPath(const QString& path)

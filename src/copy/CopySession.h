@@ -15,9 +15,15 @@ public:
     virtual QString driveName(const QString& path)
         = 0; // how the drive is named in messages (its mount point)
     virtual bool isFloppy(const QString& path) = 0; // a removable drive that is a floppy disk
+    // Whether the source `path` of a failed copy lies on an optical drive with no readable disc: the drive
+    // it was on when the copy was prepared, even when the disc has been ejected (and unmounted) since and
+    // the path now falls under another volume. False for a source that was not on an optical drive. The
+    // default asks about the drive the path is on now.
+    virtual bool sourceDiscNotReady(const QString& path);
 };
 
-// Whether a path lies on an optical drive with no readable disc, for the block loop's failure table.
+// Whether a failed copy's source lies on an optical drive with no readable disc, for the block loop's
+// failure table (see DriveFacts::sourceDiscNotReady).
 std::function<bool(const QString&)> cdRomNotReadyProbe(DriveFacts& drives);
 
 // A path that names a network share rather than a local one ("//server/share", "\\\\server\\share",

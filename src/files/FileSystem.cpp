@@ -82,7 +82,7 @@ std::optional<platform::Volume> FileSystem::volumeOf(const QString& path)
 {
     if (!path.startsWith(QLatin1Char('/')))
         return std::nullopt; // spare the mount table read
-    return volumeOfPath(m_volumes.list(), path);
+    return m_volumes.volumeOf(path);
 }
 
 void FileSystem::ShowFile_FolderProperty(const QString& path, QWidget* owner)

@@ -128,47 +128,9 @@ QString driveKindText(int kind, bool floppy)
     }
 }
 
-namespace {
-
-// "/a//b/../c/" -> "/a/c"; "/" stays "/".
-QString cleanAbsolute(const QString& path)
-{
-    QStringList parts;
-    for (const QString& part : path.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
-        if (part == QLatin1String("."))
-            continue;
-        if (part == QLatin1String("..")) {
-            if (!parts.isEmpty())
-                parts.removeLast();
-            continue;
-        }
-        parts.append(part);
-    }
-    return QLatin1Char('/') + parts.join(QLatin1Char('/'));
-}
-
-} // namespace
-
 std::optional<platform::Volume> volumeOfPath(const QList<platform::Volume>& volumes, const QString& path)
 {
-    if (!path.startsWith(QLatin1Char('/')))
-        return std::nullopt;
-    const QString clean = cleanAbsolute(path);
-    std::optional<platform::Volume> best;
-    qsizetype bestLength = -1;
-    for (const platform::Volume& v : volumes) {
-        if (!v.mountPoint.startsWith(QLatin1Char('/')))
-            continue;
-        const QString mount = cleanAbsolute(v.mountPoint);
-        const bool holds = mount == QLatin1String("/") || clean == mount
-            || (clean.startsWith(mount) && clean.at(mount.size()) == QLatin1Char('/'));
-        // ">=": a later mount on the same point hides the earlier one.
-        if (holds && mount.size() >= bestLength) {
-            best = v;
-            bestLength = mount.size();
-        }
-    }
-    return best;
+    return platform::volumeHolding(volumes, path);
 }
 
 QString joinRoots(const QStringList& mountPoints)

@@ -47,6 +47,11 @@ struct VolumeIdentity
     QString fsName;
 };
 
+// The volume whose mount point is the longest component-wise prefix of the absolute `path`
+// ("/media/cd" holds "/media/cd/a" but not "/media/cdrom"); a later entry on the same mount point hides an
+// earlier one. Relative or empty paths have none.
+std::optional<Volume> volumeHolding(const QList<Volume>& volumes, const QString& path);
+
 // The machine's volumes. The Linux implementation reads the mount table and sysfs; tests use a fake table.
 class Volumes
 {
@@ -55,9 +60,12 @@ public:
     // Mounted volumes in mount-table order; optical drives come first among equals only as the table has
     // them.
     virtual QList<Volume> list() = 0;
+    // The volume that holds `path`. The Linux class also answers for a path the mount table does not
+    // cover (a chroot whose root is no mount point), from the path itself.
+    virtual std::optional<Volume> volumeOf(const QString& path) { return volumeHolding(list(), path); }
     virtual std::optional<VolumeSpace> space(const QString& mountPoint) = 0;
     virtual std::optional<VolumeIdentity> identity(const QString& mountPoint) = 0;
-    // True when the volume's root can be listed (a medium is present and readable).
+    // True when a medium is present and the first entry of the volume's root can be read.
     virtual bool isReady(const QString& mountPoint) = 0;
     virtual bool setLabel(const QString& mountPoint, const QString& label) = 0;
 };

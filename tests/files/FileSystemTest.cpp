@@ -2,6 +2,7 @@
 
 #include "fakes/FakeShell.h"
 #include "fakes/FakeVolumes.h"
+#include "platform/linux/LinuxVolumes.h"
 
 #include <QDir>
 #include <QFile>
@@ -185,6 +186,19 @@ TEST_F(FileSystemTest, DiskInformationWithoutFiguresIsEmpty)
     EXPECT_EQ(fs.GetDiskInformation(QStringLiteral("relative"), 0), QString());
     // Space known, identity not: the label line is there, empty.
     EXPECT_EQ(fs.GetDiskInformation(QStringLiteral("/"), 4), QStringLiteral("卷标："));
+}
+
+// A chroot without a mount table: the drive facts of a real folder come from the folder itself.
+TEST_F(FileSystemTest, DriveFactsOfAPathTheMountTableDoesNotCover)
+{
+    platform::LinuxVolumes uncovered(dir.filePath(QStringLiteral("no-mountinfo")));
+    FileSystem chroot(uncovered, shell, &host);
+    const QString path = dir.filePath(QStringLiteral("new.dat"));
+    EXPECT_TRUE(chroot.DriveExists(path));
+    EXPECT_TRUE(chroot.DriveIsReady(path));
+    EXPECT_GT(chroot.GetDiskSpaceSize(path, 0), 0.0);
+    EXPECT_NE(chroot.GetDriveType(path), platform::kDriveUnknown);
+    EXPECT_NE(chroot.GetDiskInformation(path, 6), QStringLiteral("文件系统：")); // the type is named
 }
 
 TEST_F(FileSystemTest, FixedDiskListJoinsRootsWithClosingSlashes)

@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+#include <sys/statfs.h>
+#include <sys/sysmacros.h>
+
 using namespace vindaro::platform;
 
 namespace {
@@ -142,11 +146,88 @@ TEST_F(FakeSystem, ListSkipsPseudoMountsFilesAndHiddenMounts)
     EXPECT_EQ(list[2].device, QStringLiteral("/dev/sdb1"));
 }
 
-TEST_F(FakeSystem, MissingMountTableGivesNoVolumes)
+TEST_F(FakeSystem, PlainMountTableIsReadAgainOnlyWhenItChanges)
+{
+    const QString table = root.filePath(QStringLiteral("mountinfo"));
+    writeFile(table, "1 0 8:1 / / rw - ext4 /dev/sda1 rw\n");
+    LinuxVolumes volumes(table, sys, dev);
+    EXPECT_EQ(volumes.list().size(), 1);
+    EXPECT_EQ(volumes.list().size(), 1);
+    EXPECT_EQ(volumes.tableReads(), 1);
+    writeFile(table,
+        QStringLiteral("1 0 8:1 / / rw - ext4 /dev/sda1 rw\n2 1 0:5 / %1 rw - tmpfs tmpfs rw\n")
+            .arg(root.path())
+            .toUtf8());
+    EXPECT_EQ(volumes.list().size(), 2);
+    EXPECT_EQ(volumes.tableReads(), 2);
+}
+
+// A chroot or rescue system: the mount table lists neither "/" nor the path's volume, or cannot be read.
+// The volume then comes from the path itself, so a destination there is not refused.
+struct UncoveredRow
+{
+    const char* table;
+    bool deviceInSysfs; // sysfs names the device behind the folder's device number: the removable sdb1
+};
+
+class UncoveredPath : public FakeSystem, public ::testing::WithParamInterface<UncoveredRow>
+{
+};
+
+TEST_P(UncoveredPath, VolumeComesFromThePathItself)
+{
+    const UncoveredRow row = GetParam();
+    const QString table = root.filePath(QStringLiteral("mountinfo"));
+    if (row.table)
+        writeFile(table, QByteArray(row.table));
+    struct stat folder;
+    ASSERT_EQ(::stat(QFile::encodeName(root.path()).constData(), &folder), 0);
+    if (row.deviceInSysfs)
+        writeFile(sys
+                + QStringLiteral("/dev/block/%1:%2/uevent")
+                      .arg(major(folder.st_dev))
+                      .arg(minor(folder.st_dev)),
+            "MAJOR=8\nMINOR=17\nDEVNAME=sdb1\nDEVTYPE=partition\n");
+    LinuxVolumes volumes(table, sys, dev);
+    ASSERT_FALSE(volumeHolding(volumes.list(), root.path()).has_value()); // the table does not cover it
+
+    // A destination that does not exist yet, in a folder that does not either.
+    const auto volume = volumes.volumeOf(root.filePath(QStringLiteral("new/dest.dat")));
+    ASSERT_TRUE(volume.has_value());
+    // Named by the highest folder above the path on the same device.
+    const QString top = volume->mountPoint;
+    EXPECT_TRUE(top == QLatin1String("/") || root.path().startsWith(top + QLatin1Char('/')))
+        << top.toStdString();
+    struct stat st;
+    ASSERT_EQ(::stat(QFile::encodeName(top).constData(), &st), 0);
+    EXPECT_EQ(st.st_dev, folder.st_dev);
+    if (top != QLatin1String("/")) {
+        ASSERT_EQ(::stat(QFile::encodeName(QFileInfo(top).path()).constData(), &st), 0);
+        EXPECT_NE(st.st_dev, folder.st_dev);
+    }
+    struct statfs fs;
+    ASSERT_EQ(::statfs(QFile::encodeName(top).constData(), &fs), 0);
+    const bool ramDisk = fs.f_type == 0x01021994; // tmpfs
+    EXPECT_EQ(volume->kind, ramDisk ? kDriveRamDisk : row.deviceInSysfs ? kDriveRemovable : kDriveFixed);
+    EXPECT_EQ(volume->device, row.deviceInSysfs ? QStringLiteral("/dev/sdb1") : QString());
+    const auto space = volumes.space(top);
+    ASSERT_TRUE(space.has_value());
+    EXPECT_GT(space->totalBytes, 0u);
+    EXPECT_TRUE(volumes.isReady(top));
+}
+
+INSTANTIATE_TEST_SUITE_P(MountTable, UncoveredPath,
+    ::testing::Values(UncoveredRow{nullptr, false},
+        UncoveredRow{
+            "2 1 0:3 / /proc rw - proc proc rw\n3 1 8:2 / /vindaro-elsewhere rw - ext4 /dev/sda2 rw\n",
+            true}));
+
+TEST_F(FakeSystem, MissingMountTableListsNothingButRootsStillHaveAnIdentity)
 {
     LinuxVolumes volumes(root.filePath(QStringLiteral("absent")), sys, dev);
     EXPECT_TRUE(volumes.list().isEmpty());
-    EXPECT_FALSE(volumes.identity(QStringLiteral("/")).has_value());
+    EXPECT_TRUE(volumes.identity(QStringLiteral("/")).has_value()); // "/" is always a file system's root
+    EXPECT_FALSE(volumes.identity(root.filePath(QStringLiteral("absent"))).has_value()); // no such folder
 }
 
 QByteArray ext4Head(const QByteArray& label, const QByteArray& uuid)
@@ -253,7 +334,6 @@ TEST(LinuxVolumesReal, ReadyWhenTheRootCanBeListed)
     LinuxVolumes volumes;
     EXPECT_TRUE(volumes.isReady(dir.path()));
     EXPECT_FALSE(volumes.isReady(dir.filePath(QStringLiteral("missing"))));
-    EXPECT_FALSE(volumes.setLabel(dir.path(), QStringLiteral("X")));
 }
 
 TEST(LinuxVolumesReal, TheRootIsAlwaysADrive)

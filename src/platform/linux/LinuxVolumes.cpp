@@ -5,12 +5,28 @@
 #include <QFileInfo>
 #include <QSet>
 
+#include <cerrno>
+#include <climits>
+
 #include <dirent.h>
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/statfs.h>
 #include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
+#ifdef __linux__
+#include <linux/cdrom.h>
+#endif
+
 namespace vindaro::platform {
+
+namespace {
+constexpr qint64 kProcMagic = 0x9FA0; // PROC_SUPER_MAGIC
+} // namespace
 
 QString unescapeMountField(const QString& field)
 {
@@ -195,18 +211,134 @@ LinuxVolumes::LinuxVolumes(QString mountInfoPath, QString sysRoot, QString devRo
 {
 }
 
+LinuxVolumes::~LinuxVolumes()
+{
+    if (m_noticeFd >= 0)
+        ::close(m_noticeFd);
+}
+
 namespace {
 
-QList<MountEntry> readMountTable(const QString& path)
+// Reads an open file from its start to its end. mountinfo reports a size of 0: read until the end rather
+// than by size.
+QByteArray readAllFrom(int fd)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    QByteArray text;
+    if (::lseek(fd, 0, SEEK_SET) != 0)
+        return text;
+    char chunk[16384];
+    for (;;) {
+        const ssize_t got = ::read(fd, chunk, sizeof chunk);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            break;
+        text.append(chunk, qsizetype(got));
+    }
+    return text;
+}
+
+// What tells a plain file's versions apart; empty when it cannot be examined.
+QByteArray fileStamp(const QByteArray& path)
+{
+    struct stat st;
+    if (::stat(path.constData(), &st) != 0)
         return {};
-    // mountinfo reports a size of 0: read until the end rather than by size.
-    return parseMountInfo(QString::fromUtf8(file.readAll()));
+    return QByteArray::number(quint64(st.st_dev)) + ':' + QByteArray::number(quint64(st.st_ino)) + ':'
+        + QByteArray::number(qint64(st.st_size)) + ':' + QByteArray::number(qint64(st.st_mtim.tv_sec)) + '.'
+        + QByteArray::number(qint64(st.st_mtim.tv_nsec)) + ':'
+        + QByteArray::number(qint64(st.st_ctim.tv_nsec));
+}
+
+bool isProcFile(int fd)
+{
+    struct statfs fs;
+    return ::fstatfs(fd, &fs) == 0 && fs.f_type == kProcMagic;
 }
 
 } // namespace
+
+LinuxVolumes::Table LinuxVolumes::table()
+{
+    QMutexLocker lock(&m_mutex);
+    if (m_noticeFd >= 0) {
+        // The kernel raises POLLPRI (with POLLERR) on an open mountinfo once per change of the mount
+        // namespace, and clears it by this poll: a change after it shows at the next call.
+        pollfd notice{m_noticeFd, POLLPRI, 0};
+        int ready = 0;
+        do {
+            ready = ::poll(&notice, 1, 0);
+        } while (ready < 0 && errno == EINTR);
+        if (ready == 0 || (ready > 0 && (notice.revents & (POLLPRI | POLLERR)) == 0))
+            return m_table;
+        reloadLocked(readAllFrom(m_noticeFd));
+        return m_table;
+    }
+
+    const QByteArray native = QFile::encodeName(m_mountInfoPath);
+    QByteArray stamp = fileStamp(native);
+    if (m_loaded && !stamp.isEmpty() && stamp == m_fileStamp)
+        return m_table;
+    int fd = -1;
+    do {
+        fd = ::open(native.constData(), O_RDONLY | O_CLOEXEC);
+    } while (fd < 0 && errno == EINTR);
+    if (fd < 0) {
+        if (!m_loaded || !m_table.entries.isEmpty())
+            reloadLocked({});
+        m_fileStamp.clear(); // tried again at the next call
+        return m_table;
+    }
+    // The stamp is taken before the read: a change made while reading shows as a new stamp next time.
+    reloadLocked(readAllFrom(fd));
+    if (isProcFile(fd)) {
+        m_noticeFd = fd; // the change notice replaces the stamp from now on
+    } else {
+        m_fileStamp = stamp;
+        ::close(fd);
+    }
+    return m_table;
+}
+
+void LinuxVolumes::reloadLocked(const QByteArray& text)
+{
+    ++m_tableReads;
+    m_loaded = true;
+    Table fresh;
+    fresh.entries = parseMountInfo(QString::fromUtf8(text));
+    for (const MountEntry& entry : std::as_const(fresh.entries)) {
+        // Helpers the kernel mounts below /proc and /sys (cgroup trees, binfmt) are no drive whatever
+        // their type.
+        if (isPseudoFileSystem(entry.fsType) || entry.mountPoint.startsWith(QLatin1String("/proc/"))
+            || entry.mountPoint.startsWith(QLatin1String("/sys/")))
+            continue;
+        Volume volume{entry.mountPoint, entry.device, entry.fsType, classify(entry)};
+        // A file bind-mounted over another (containers' /etc/hosts) is no drive. Remote and FUSE mounts
+        // are not examined: a stat on a dead server, or on a FUSE daemon that is stuck, can hang.
+        const bool mayHang = volume.kind == kDriveRemote || entry.fsType == QLatin1String("fuse")
+            || entry.fsType.startsWith(QLatin1String("fuse."));
+        if (!mayHang && !QFileInfo(entry.mountPoint).isDir())
+            continue;
+        // A later mount on the same point hides the earlier one.
+        bool replaced = false;
+        for (Volume& known : fresh.volumes) {
+            if (known.mountPoint == volume.mountPoint) {
+                known = volume;
+                replaced = true;
+                break;
+            }
+        }
+        if (!replaced)
+            fresh.volumes.append(volume);
+    }
+    m_table = std::move(fresh);
+}
+
+int LinuxVolumes::tableReads() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_tableReads;
+}
 
 QString LinuxVolumes::diskOfDevice(const QString& deviceName) const
 {
@@ -259,31 +391,92 @@ int LinuxVolumes::classify(const MountEntry& entry) const
 
 QList<Volume> LinuxVolumes::list()
 {
-    QList<Volume> volumes;
-    for (const MountEntry& entry : readMountTable(m_mountInfoPath)) {
-        // Helpers the kernel mounts below /proc and /sys (cgroup trees, binfmt) are no drive whatever
-        // their type.
-        if (isPseudoFileSystem(entry.fsType) || entry.mountPoint.startsWith(QLatin1String("/proc/"))
-            || entry.mountPoint.startsWith(QLatin1String("/sys/")))
-            continue;
-        Volume volume{entry.mountPoint, entry.device, entry.fsType, classify(entry)};
-        // A file bind-mounted over another (containers' /etc/hosts) is no drive. Remote mounts are not
-        // examined: a stat on a dead server can hang.
-        if (volume.kind != kDriveRemote && !QFileInfo(entry.mountPoint).isDir())
-            continue;
-        // A later mount on the same point hides the earlier one.
-        bool replaced = false;
-        for (Volume& known : volumes) {
-            if (known.mountPoint == volume.mountPoint) {
-                known = volume;
-                replaced = true;
-                break;
-            }
-        }
-        if (!replaced)
-            volumes.append(volume);
+    return table().volumes;
+}
+
+std::optional<Volume> LinuxVolumes::volumeOf(const QString& path)
+{
+    if (!path.startsWith(QLatin1Char('/')))
+        return std::nullopt;
+    if (auto volume = volumeHolding(table().volumes, path))
+        return volume;
+    return volumeFromPath(path);
+}
+
+namespace {
+
+// A few file systems by their statfs magic number, for a volume the mount table does not name.
+QString fsTypeOfMagic(qint64 magic)
+{
+    struct Known
+    {
+        qint64 magic;
+        const char* name;
+    };
+    static constexpr Known kKnown[] = {
+        {0xEF53, "ext4"}, // ext2, ext3 and ext4 share it
+        {0x9123683E, "btrfs"},
+        {0x58465342, "xfs"},
+        {0x4D44, "vfat"},
+        {0x2011BAB0, "exfat"},
+        {0x5346544E, "ntfs"},
+        {0x01021994, "tmpfs"},
+        {0x858458F6, "ramfs"},
+        {0x794C7630, "overlay"},
+        {0x9660, "iso9660"},
+        {0x15013346, "udf"},
+        {0x6969, "nfs"},
+        {0xFF534D42, "cifs"},
+        {0xFE534D42, "smb3"},
+        {0x65735546, "fuse"},
+    };
+    for (const Known& known : kKnown) {
+        if (known.magic == magic)
+            return QString::fromLatin1(known.name);
     }
-    return volumes;
+    return {};
+}
+
+QString parentOf(const QString& path)
+{
+    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+    return slash <= 0 ? QStringLiteral("/") : path.left(slash);
+}
+
+} // namespace
+
+std::optional<Volume> LinuxVolumes::volumeFromPath(const QString& path) const
+{
+    // The nearest existing folder: a destination file does not exist before the copy.
+    QString at = QDir::cleanPath(path);
+    struct stat st;
+    while (::stat(QFile::encodeName(at).constData(), &st) != 0 || !S_ISDIR(st.st_mode)) {
+        if (at == QLatin1String("/"))
+            return std::nullopt;
+        at = parentOf(at);
+    }
+    // Up to the highest folder on the same device: the root of that file system as this process sees it.
+    const dev_t device = st.st_dev;
+    while (at != QLatin1String("/")) {
+        const QString parent = parentOf(at);
+        if (::stat(QFile::encodeName(parent).constData(), &st) != 0 || st.st_dev != device)
+            break;
+        at = parent;
+    }
+    MountEntry entry;
+    entry.mountPoint = at;
+    struct statfs fs;
+    if (::statfs(QFile::encodeName(at).constData(), &fs) == 0)
+        entry.fsType = fsTypeOfMagic(qint64(fs.f_type));
+    // sysfs names the block device behind a device number: DEVNAME=sda1 in its uevent.
+    QFile uevent(m_sysRoot + QStringLiteral("/dev/block/%1:%2/uevent").arg(major(device)).arg(minor(device)));
+    if (uevent.open(QIODevice::ReadOnly)) {
+        for (const QByteArray& line : uevent.readAll().split('\n')) {
+            if (line.startsWith("DEVNAME="))
+                entry.device = QStringLiteral("/dev/") + QString::fromUtf8(line.mid(8)).trimmed();
+        }
+    }
+    return Volume{entry.mountPoint, entry.device, entry.fsType, classify(entry)};
 }
 
 std::optional<VolumeSpace> LinuxVolumes::space(const QString& mountPoint)
@@ -340,9 +533,15 @@ QString LinuxVolumes::udevName(const QString& folder, const QString& device) con
 std::optional<VolumeIdentity> LinuxVolumes::identity(const QString& mountPoint)
 {
     std::optional<MountEntry> found;
-    for (const MountEntry& entry : readMountTable(m_mountInfoPath)) {
+    for (const MountEntry& entry : table().entries) {
         if (entry.mountPoint == mountPoint)
             found = entry; // the last one is the visible one
+    }
+    if (!found && !volumeHolding(table().volumes, mountPoint)) {
+        // A root the table does not cover: what the path itself tells.
+        const auto volume = volumeFromPath(mountPoint);
+        if (volume && volume->mountPoint == mountPoint)
+            found = MountEntry{volume->mountPoint, volume->device, volume->fsType};
     }
     if (!found)
         return std::nullopt;
@@ -377,13 +576,72 @@ std::optional<VolumeIdentity> LinuxVolumes::identity(const QString& mountPoint)
     return id;
 }
 
-bool LinuxVolumes::isReady(const QString& mountPoint)
+namespace {
+
+enum class DiscStatus
 {
-    DIR* dir = ::opendir(QFile::encodeName(mountPoint).constData());
+    Present,
+    Absent,
+    Unknown
+};
+
+// Asks an optical drive, opened without waiting for a medium, whether it holds a disc.
+DiscStatus discStatus(const QString& devicePath)
+{
+#ifdef CDROM_DRIVE_STATUS
+    int fd = -1;
+    do {
+        fd = ::open(QFile::encodeName(devicePath).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    } while (fd < 0 && errno == EINTR);
+    if (fd < 0)
+        return DiscStatus::Unknown;
+    // CDSL_CURRENT (INT_MAX): the drive itself, not a changer slot.
+    const int status = ::ioctl(fd, CDROM_DRIVE_STATUS, INT_MAX);
+    ::close(fd);
+    switch (status) {
+    case CDS_DISC_OK:
+        return DiscStatus::Present;
+    case CDS_NO_DISC:
+    case CDS_TRAY_OPEN:
+    case CDS_DRIVE_NOT_READY:
+        return DiscStatus::Absent;
+    default:
+        return DiscStatus::Unknown; // no permission, no such device, CDS_NO_INFO
+    }
+#else
+    Q_UNUSED(devicePath);
+    return DiscStatus::Unknown;
+#endif
+}
+
+// Opening a folder reads nothing of the medium; reading its first entry does, and fails (EIO, ENOMEDIUM)
+// when the medium is unreadable.
+bool canReadFirstEntry(const QString& folder)
+{
+    DIR* dir = ::opendir(QFile::encodeName(folder).constData());
     if (!dir)
         return false;
+    errno = 0;
+    const dirent* entry = ::readdir(dir);
+    const bool ok = entry != nullptr || errno == 0;
     ::closedir(dir);
-    return true;
+    return ok;
+}
+
+} // namespace
+
+bool LinuxVolumes::isReady(const QString& mountPoint)
+{
+    QString device;
+    for (const MountEntry& entry : table().entries) {
+        if (entry.mountPoint == mountPoint)
+            device = entry.device; // the last one is the visible one
+    }
+    const QString name = kernelName(device, m_devRoot);
+    if ((name.startsWith(QLatin1String("sr")) || name.startsWith(QLatin1String("scd")))
+        && discStatus(m_devRoot + QLatin1Char('/') + name) == DiscStatus::Absent)
+        return false;
+    return canReadFirstEntry(mountPoint);
 }
 
 bool LinuxVolumes::setLabel(const QString& mountPoint, const QString& label)

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QMutex>
 #include <QString>
 
 namespace vindaro::platform {
@@ -59,29 +60,61 @@ quint32 serialFromUuid(const QString& uuid);
 // Space: bytes per sector = f_frsize, sectors per cluster = f_bsize / f_frsize (at least 1), clusters are
 // counted in units of that cluster size (equal to f_blocks and f_bfree when f_bsize == f_frsize, the
 // usual case); free for the caller uses f_bavail, total free f_bfree.
+//
+// A path that no mount entry holds (a chroot or rescue system whose root is no mount point, or no /proc at
+// all) still has a volume: the highest folder above it on the same device (st_dev), named by that folder,
+// its kind from the device's sysfs entry and the file-system type (fixed unless known otherwise).
+//
+// The parsed table is kept and read again only after it changed: for /proc's mountinfo the kernel's change
+// notice (POLLPRI on the open file) says so, for any other file its inode, size and time stamp. Every call
+// may come from any thread.
 class LinuxVolumes final : public Volumes
 {
 public:
     explicit LinuxVolumes(QString mountInfoPath = QStringLiteral("/proc/self/mountinfo"),
         QString sysRoot = QStringLiteral("/sys"), QString devRoot = QStringLiteral("/dev"));
+    ~LinuxVolumes() override;
+    LinuxVolumes(const LinuxVolumes&) = delete;
+    LinuxVolumes& operator=(const LinuxVolumes&) = delete;
 
     QList<Volume> list() override;
+    std::optional<Volume> volumeOf(const QString& path) override;
     std::optional<VolumeSpace> space(const QString& mountPoint) override;
     std::optional<VolumeIdentity> identity(const QString& mountPoint) override;
+    // An optical drive must hold a disc (CDROM_DRIVE_STATUS), and the first entry of the root must be
+    // readable: a mounted medium whose directory read fails (EIO) is not ready.
     bool isReady(const QString& mountPoint) override;
     // Changing a label needs a tool per file system and usually root; not offered: always false.
     bool setLabel(const QString& mountPoint, const QString& label) override;
 
     // The drive kind of one mount entry (reads sysfs for the removable flag).
     int classify(const MountEntry& entry) const;
+    // How many times the mount table was read and parsed; for tests of the change notice.
+    int tableReads() const;
 
 private:
+    struct Table
+    {
+        QList<MountEntry> entries; // as the file has them
+        QList<Volume> volumes; // what list() answers
+    };
+    // The present table: read again when it changed, else the kept one.
+    Table table();
+    void reloadLocked(const QByteArray& text);
+    std::optional<Volume> volumeFromPath(const QString& path) const;
     QString diskOfDevice(const QString& deviceName) const;
     QString udevName(const QString& folder, const QString& device) const;
 
     QString m_mountInfoPath;
     QString m_sysRoot;
     QString m_devRoot;
+
+    mutable QMutex m_mutex; // guards everything below
+    Table m_table;
+    bool m_loaded = false;
+    int m_noticeFd = -1; // procfs mountinfo kept open: poll() flags POLLPRI once the table changed
+    QByteArray m_fileStamp; // inode, size and time of a plain mountinfo file when last read
+    int m_tableReads = 0;
 };
 
 } // namespace vindaro::platform
