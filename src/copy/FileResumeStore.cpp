@@ -134,6 +134,7 @@ bool writeStore(const QString& path, const QJsonObject& records, QString& errorS
 FileResumeStore::FileResumeStore(QString storePath, std::function<QDateTime()> now)
     : m_storePath(storePath.isEmpty() ? defaultStorePath() : std::move(storePath))
     , m_now(now ? std::move(now) : [] { return QDateTime::currentDateTimeUtc(); })
+    , m_encodedStorePath(QFile::encodeName(m_storePath))
 {
 }
 
@@ -149,15 +150,17 @@ QString FileResumeStore::keyFor(const QString& destination)
 {
     if (destination.isEmpty())
         return {};
+    if (QDir::isAbsolutePath(destination))
+        return QDir::cleanPath(destination); // what QFileInfo would answer, without its file engine
     return QDir::cleanPath(QFileInfo(destination).absoluteFilePath());
 }
 
-bool FileResumeStore::stampOf(const QString& path, FileStamp& stamp)
+bool FileResumeStore::stampOf(const QByteArray& path, FileStamp& stamp)
 {
     struct stat st
     {
     };
-    if (::stat(QFile::encodeName(path).constData(), &st) != 0)
+    if (::stat(path.constData(), &st) != 0)
         return false;
     stamp.device = quint64(st.st_dev);
     stamp.inode = quint64(st.st_ino);
@@ -170,7 +173,7 @@ bool FileResumeStore::stampOf(const QString& path, FileStamp& stamp)
 const FileResumeStore::Contents& FileResumeStore::contents()
 {
     FileStamp stamp;
-    if (!stampOf(m_storePath, stamp)) {
+    if (!stampOf(m_encodedStorePath, stamp)) {
         m_kept = false;
         m_contents = Contents{};
         return m_contents;
@@ -265,11 +268,13 @@ bool FileResumeStore::save(const QString& destination, const ResumeRecord& recor
 void FileResumeStore::remove(const QString& destination)
 {
     m_errorString.clear();
-    const QString key = keyFor(destination);
-    if (key.isEmpty())
+    if (destination.isEmpty())
         return;
     const Contents& store = contents();
-    if (store.state != State::Valid || !store.records.contains(key))
+    if (store.state != State::Valid || store.records.isEmpty()) // the usual case in a batch: no key made
+        return;
+    const QString key = keyFor(destination);
+    if (!store.records.contains(key))
         return;
     const QDateTime now = m_now();
     QJsonObject records = liveRecords(store.records, now);

@@ -86,7 +86,7 @@ private:
                 && changedNs == o.changedNs;
         }
     };
-    static bool stampOf(const QString& path, FileStamp& stamp); // false: no such file (or no stat)
+    static bool stampOf(const QByteArray& path, FileStamp& stamp); // false: no such file (or no stat)
 
     // The store as the file holds it now: from memory when the file is unchanged since it was last read.
     const Contents& contents();
@@ -94,6 +94,7 @@ private:
 
     QString m_storePath;
     std::function<QDateTime()> m_now;
+    QByteArray m_encodedStorePath; // for the stat of every call
     QString m_errorString;
     Contents m_contents; // what the file held when it had m_stamp
     bool m_kept = false; // m_contents and m_stamp hold a read of the file
