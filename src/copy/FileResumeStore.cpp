@@ -226,6 +226,7 @@ bool FileResumeStore::write(const QJsonObject& records)
 
 bool FileResumeStore::load(const QString& destination, ResumeRecord& record)
 {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     const QString key = keyFor(destination);
     if (key.isEmpty())
         return false;
@@ -237,6 +238,7 @@ bool FileResumeStore::load(const QString& destination, ResumeRecord& record)
 
 bool FileResumeStore::save(const QString& destination, const ResumeRecord& record)
 {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     m_errorString.clear();
     const QString key = keyFor(destination);
     if (key.isEmpty()) {
@@ -267,6 +269,7 @@ bool FileResumeStore::save(const QString& destination, const ResumeRecord& recor
 
 void FileResumeStore::remove(const QString& destination)
 {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     m_errorString.clear();
     if (destination.isEmpty())
         return;

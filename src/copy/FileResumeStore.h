@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <functional>
+#include <mutex>
 
 namespace vindaro::copy {
 
@@ -96,6 +97,7 @@ private:
     std::function<QDateTime()> m_now;
     QByteArray m_encodedStorePath; // for the stat of every call
     QString m_errorString;
+    std::mutex m_mutex; // the window and its copy's worker thread share one store
     Contents m_contents; // what the file held when it had m_stamp
     bool m_kept = false; // m_contents and m_stamp hold a read of the file
     FileStamp m_stamp;
