@@ -32,6 +32,46 @@ bool isSameFile(const QString& source, const QString& destination)
 
 } // namespace
 
+void FolderDriveFacts::forget()
+{
+    m_types.clear();
+    m_names.clear();
+    m_floppies.clear();
+}
+
+int FolderDriveFacts::driveType(const QString& path)
+{
+    const QString folder = folderOf(path);
+    const auto it = m_types.constFind(folder);
+    if (it != m_types.constEnd())
+        return *it;
+    const int type = m_drives.driveType(path);
+    m_types.insert(folder, type);
+    return type;
+}
+
+QString FolderDriveFacts::driveName(const QString& path)
+{
+    const QString folder = folderOf(path);
+    const auto it = m_names.constFind(folder);
+    if (it != m_names.constEnd())
+        return *it;
+    const QString name = m_drives.driveName(path);
+    m_names.insert(folder, name);
+    return name;
+}
+
+bool FolderDriveFacts::isFloppy(const QString& path)
+{
+    const QString folder = folderOf(path);
+    const auto it = m_floppies.constFind(folder);
+    if (it != m_floppies.constEnd())
+        return *it;
+    const bool floppy = m_drives.isFloppy(path);
+    m_floppies.insert(folder, floppy);
+    return floppy;
+}
+
 BatchFigures computeBatchFigures(
     const BatchCounters& counters, qint64 position, const std::atomic<int>& currentFileSeconds)
 {
@@ -56,6 +96,7 @@ BatchCopier::BatchCopier(CopyState& state, BatchHost& host, platform::FileLayer&
     , m_files(files)
     , m_resumeStore(resumeStore)
     , m_drives(drives)
+    , m_folderDrives(drives)
     , m_copier(state, host, files, resumeStore, cdRomNotReadyProbe(drives))
 {
     m_copier.setBatchMode(true);
@@ -78,7 +119,7 @@ QString BatchCopier::destinationFor(const QString& source, const QString& folder
     if (copyToSameDir)
         return folder + fileNameOf(source);
     QString below = folderOf(source);
-    const QString root = m_drives.driveName(source);
+    const QString root = m_folderDrives.driveName(source);
     if (!root.isEmpty() && below.startsWith(root))
         below = below.mid(root.size());
     while (below.startsWith(QLatin1Char('/')))
@@ -89,19 +130,29 @@ QString BatchCopier::destinationFor(const QString& source, const QString& folder
 BatchResult BatchCopier::copyingFiles(const QStringList& entries)
 {
     BatchResult result;
+    m_folderDrives.forget();
+    m_foldersMade.clear();
     QStringList batchFiles;
+    QList<qint64> lengths; // of batchFiles, as counted in the total
     qint64 total = 0;
     for (const QString& entry : entries) {
-        if (!m_files.exists(entry))
-            continue;
+        // One look per file: a length tells that the file exists. Only a file whose length cannot be had
+        // is asked about again; it counts with 0 bytes when it is there.
         IoResult io;
-        const qint64 length = std::max<qint64>(0, m_files.length(entry, io));
+        qint64 length = m_files.length(entry, io);
+        if (!io.ok()) {
+            if (!m_files.exists(entry))
+                continue;
+            length = 0;
+        }
+        length = std::max<qint64>(0, length);
         if (__builtin_add_overflow(total, length, &total)) {
             m_host.showBox(MessageBox{QStringLiteral("复制的文件数目超出了允许的最大范围！"),
                 QStringLiteral("提醒！"), BoxIcon::Exclamation, BoxButtons::Ok});
             return result;
         }
         batchFiles << entry;
+        lengths << length;
     }
     m_counters.totalBytes = total;
     m_counters.copiedBytes = 0;
@@ -154,15 +205,18 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
             QString::number(i + 1) + QLatin1Char('/') + QString::number(batchFiles.size())
                 + QStringLiteral(" ]"),
             totalLabel);
-        if (!copyToSameDir)
-            m_files.makeFolders(folderOf(destination)); // a failure shows when the file is opened
+        if (!copyToSameDir) {
+            // Once per folder and batch; a failure shows when the file is opened.
+            const QString destinationFolder = folderOf(destination);
+            if (!m_foldersMade.contains(destinationFolder) && m_files.makeFolders(destinationFolder).ok())
+                m_foldersMade.insert(destinationFolder);
+        }
 
         bool skipThisFile = false;
         QString usedDestination = destination;
         const CopyOutcome outcome = copyOneFile(source, destination, skipThisFile, usedDestination);
-        IoResult io;
         if (!skipThisFile)
-            m_counters.copiedBytes += std::max<qint64>(0, m_files.length(source, io));
+            m_counters.copiedBytes += lengths[i]; // the length counted in the total
 
         if (skipThisFile)
             ++result.skipped;
@@ -209,17 +263,17 @@ CopyOutcome BatchCopier::copyOneFile(
 {
     // The read slider does not count in a batch: always 10 blocks.
     m_state.blockBytes
-        = blockBytesFor(10, source, destination, m_drives, m_platformFamily, m_state.blockBytes);
+        = blockBytesFor(10, source, destination, m_folderDrives, m_platformFamily, m_state.blockBytes);
     for (;;) {
         usedDestination = destination;
+        if (!m_files.exists(destination))
+            return startAt(source, destination, 1); // a missing file cannot be the source itself
         if (isSameFile(source, destination)) {
             // The chosen folder is the file's own: "overwriting" it would empty the source before reading
             // it. Nothing to copy; the file is left alone and not counted, with no question asked.
             skipThisFile = true;
             return CopyOutcome::NotStarted;
         }
-        if (!m_files.exists(destination))
-            return startAt(source, destination, 1);
         if (m_overwriteAll) {
             m_files.truncate(destination);
             return startAt(source, destination, 1);

@@ -2,6 +2,8 @@
 
 #include "CopySession.h"
 
+#include <QHash>
+#include <QSet>
 #include <QStringList>
 
 #include <mutex>
@@ -59,6 +61,32 @@ struct BatchFigures
 BatchFigures computeBatchFigures(
     const BatchCounters& counters, qint64 position, const std::atomic<int>& currentFileSeconds);
 
+// The drive facts a batch asks for every file, kept per folder for one batch: the files of one folder lie on
+// one volume, so thousands of files cost one look at the mount table per folder, not one each. Free space
+// and readiness change while a batch runs and are always asked afresh. (A single file mounted over by a
+// bind mount would be taken for its folder's volume; that only changes its block size.)
+class FolderDriveFacts final : public DriveFacts
+{
+public:
+    explicit FolderDriveFacts(DriveFacts& drives)
+        : m_drives(drives)
+    {
+    }
+    void forget(); // a new batch: the mounts may have changed since the last one
+
+    int driveType(const QString& path) override;
+    double freeBytes(const QString& path) override { return m_drives.freeBytes(path); }
+    bool driveIsReady(const QString& path) override { return m_drives.driveIsReady(path); }
+    QString driveName(const QString& path) override;
+    bool isFloppy(const QString& path) override;
+
+private:
+    DriveFacts& m_drives;
+    QHash<QString, int> m_types; // by folder, with its closing "/"
+    QHash<QString, QString> m_names;
+    QHash<QString, bool> m_floppies;
+};
+
 // Copies every listed file into one folder, file after file, with the block loop of a single copy in its
 // batch mode and the batch's own answers for existing destinations.
 class BatchCopier
@@ -91,8 +119,10 @@ private:
     platform::FileLayer& m_files;
     ResumeStore& m_resumeStore;
     DriveFacts& m_drives;
+    FolderDriveFacts m_folderDrives; // for the block size and the destination of each file
     BlockCopier m_copier;
     BatchCounters m_counters;
+    QSet<QString> m_foldersMade; // destination folders made in this batch
     int m_platformFamily = 3;
     bool m_overwriteAll = false;
 };

@@ -9,6 +9,7 @@
 #include <QSaveFile>
 
 #include <limits>
+#include <sys/stat.h>
 #include <utility>
 
 namespace vindaro::copy {
@@ -32,53 +33,6 @@ const QString kEstimatedSeconds = QStringLiteral("estimatedSeconds");
 const QString kElapsedSeconds = QStringLiteral("elapsedSeconds");
 const QString kSpeedKBps = QStringLiteral("speedKBps");
 const QString kSavedUtc = QStringLiteral("savedUtc");
-
-enum class StoreState
-{
-    Missing, // no file yet: an empty store
-    Valid,
-    Damaged, // readable bytes that are not a store of ours
-    Unreadable // exists but cannot be opened or read: leave it alone
-};
-
-struct StoreContents
-{
-    StoreState state = StoreState::Missing;
-    QJsonObject records;
-};
-
-StoreContents readStore(const QString& path)
-{
-    StoreContents contents;
-    QFile file(path);
-    if (!file.exists())
-        return contents;
-    if (!file.open(QIODevice::ReadOnly)) {
-        contents.state = StoreState::Unreadable;
-        return contents;
-    }
-    if (file.size() > FileResumeStore::kMaxStoreBytes) {
-        contents.state = StoreState::Damaged;
-        return contents;
-    }
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        contents.state = StoreState::Unreadable;
-        return contents;
-    }
-    QJsonParseError error{};
-    const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
-    const QJsonObject root = document.object();
-    if (error.error != QJsonParseError::NoError || !document.isObject()
-        || root.value(kFormatKey).toString() != kFormatName || root.value(kVersionKey).toInt(-1) != kVersion
-        || !root.value(kRecordsKey).isObject()) {
-        contents.state = StoreState::Damaged;
-        return contents;
-    }
-    contents.state = StoreState::Valid;
-    contents.records = root.value(kRecordsKey).toObject();
-    return contents;
-}
 
 // An integer field within [low, high]; false for a missing, fractional or out-of-range value.
 bool readInteger(const QJsonObject& object, const QString& key, qint64 low, qint64 high, qint64& out)
@@ -180,6 +134,7 @@ bool writeStore(const QString& path, const QJsonObject& records, QString& errorS
 FileResumeStore::FileResumeStore(QString storePath, std::function<QDateTime()> now)
     : m_storePath(storePath.isEmpty() ? defaultStorePath() : std::move(storePath))
     , m_now(now ? std::move(now) : [] { return QDateTime::currentDateTimeUtc(); })
+    , m_encodedStorePath(QFile::encodeName(m_storePath))
 {
 }
 
@@ -195,34 +150,107 @@ QString FileResumeStore::keyFor(const QString& destination)
 {
     if (destination.isEmpty())
         return {};
+    if (QDir::isAbsolutePath(destination))
+        return QDir::cleanPath(destination); // what QFileInfo would answer, without its file engine
     return QDir::cleanPath(QFileInfo(destination).absoluteFilePath());
+}
+
+bool FileResumeStore::stampOf(const QByteArray& path, FileStamp& stamp)
+{
+    struct stat st
+    {
+    };
+    if (::stat(path.constData(), &st) != 0)
+        return false;
+    stamp.device = quint64(st.st_dev);
+    stamp.inode = quint64(st.st_ino);
+    stamp.size = qint64(st.st_size);
+    stamp.modifiedNs = qint64(st.st_mtim.tv_sec) * 1'000'000'000 + st.st_mtim.tv_nsec;
+    stamp.changedNs = qint64(st.st_ctim.tv_sec) * 1'000'000'000 + st.st_ctim.tv_nsec;
+    return true;
+}
+
+const FileResumeStore::Contents& FileResumeStore::contents()
+{
+    FileStamp stamp;
+    if (!stampOf(m_encodedStorePath, stamp)) {
+        m_kept = false;
+        m_contents = Contents{};
+        return m_contents;
+    }
+    if (m_kept && stamp == m_stamp)
+        return m_contents;
+
+    // Taken before the read: a file replaced or written meanwhile has another stamp by the next call, which
+    // then reads it again. Unreadable files are not kept, so every call tries them anew.
+    m_kept = false;
+    m_contents = Contents{};
+    ++m_fileReads;
+    QFile file(m_storePath);
+    if (!file.open(QIODevice::ReadOnly)) {
+        m_contents.state = State::Unreadable;
+        return m_contents;
+    }
+    if (file.size() > kMaxStoreBytes) {
+        m_contents.state = State::Damaged;
+    } else {
+        const QByteArray bytes = file.readAll();
+        if (file.error() != QFileDevice::NoError) {
+            m_contents.state = State::Unreadable;
+            return m_contents;
+        }
+        QJsonParseError error{};
+        const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
+        const QJsonObject root = document.object();
+        if (error.error != QJsonParseError::NoError || !document.isObject()
+            || root.value(kFormatKey).toString() != kFormatName
+            || root.value(kVersionKey).toInt(-1) != kVersion || !root.value(kRecordsKey).isObject()) {
+            m_contents.state = State::Damaged;
+        } else {
+            m_contents.state = State::Valid;
+            m_contents.records = root.value(kRecordsKey).toObject();
+        }
+    }
+    m_stamp = stamp;
+    m_kept = true;
+    return m_contents;
+}
+
+bool FileResumeStore::write(const QJsonObject& records)
+{
+    // Not kept: another run may replace the file between our commit and a stat of it, and its records
+    // must not be taken for ours. The next call reads the file once.
+    m_kept = false;
+    return writeStore(m_storePath, records, m_errorString);
 }
 
 bool FileResumeStore::load(const QString& destination, ResumeRecord& record)
 {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     const QString key = keyFor(destination);
     if (key.isEmpty())
         return false;
-    const StoreContents contents = readStore(m_storePath);
-    if (contents.state != StoreState::Valid)
+    const Contents& store = contents();
+    if (store.state != State::Valid)
         return false;
-    return parseRecord(contents.records.value(key), m_now(), record);
+    return parseRecord(store.records.value(key), m_now(), record);
 }
 
 bool FileResumeStore::save(const QString& destination, const ResumeRecord& record)
 {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     m_errorString.clear();
     const QString key = keyFor(destination);
     if (key.isEmpty()) {
         m_errorString = QStringLiteral("续拷记录没有目标文件路径。");
         return false;
     }
-    const StoreContents contents = readStore(m_storePath);
-    if (contents.state == StoreState::Unreadable) {
+    const Contents& store = contents();
+    if (store.state == State::Unreadable) {
         m_errorString = QStringLiteral("无法读取续拷记录文件“%1”，没有保存续拷记录。").arg(m_storePath);
         return false;
     }
-    if (contents.state == StoreState::Damaged) {
+    if (store.state == State::Damaged) {
         // Keep the damaged file for a look before the fresh store replaces it.
         const QString aside = damagedCopyPath();
         QFile::remove(aside);
@@ -233,26 +261,29 @@ bool FileResumeStore::save(const QString& destination, const ResumeRecord& recor
         }
     }
     const QDateTime now = m_now();
-    QJsonObject records = liveRecords(contents.records, now);
+    QJsonObject records = liveRecords(store.records, now);
     records.insert(key, recordObject(record, now));
 
-    return writeStore(m_storePath, records, m_errorString);
+    return write(records);
 }
 
 void FileResumeStore::remove(const QString& destination)
 {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     m_errorString.clear();
-    const QString key = keyFor(destination);
-    if (key.isEmpty())
+    if (destination.isEmpty())
         return;
-    const StoreContents contents = readStore(m_storePath);
-    if (contents.state != StoreState::Valid || !contents.records.contains(key))
+    const Contents& store = contents();
+    if (store.state != State::Valid || store.records.isEmpty()) // the usual case in a batch: no key made
+        return;
+    const QString key = keyFor(destination);
+    if (!store.records.contains(key))
         return;
     const QDateTime now = m_now();
-    QJsonObject records = liveRecords(contents.records, now);
+    QJsonObject records = liveRecords(store.records, now);
     records.remove(key);
 
-    writeStore(m_storePath, records, m_errorString);
+    write(records);
 }
 
 } // namespace vindaro::copy

@@ -19,8 +19,11 @@ class PrefixDrives final : public DriveFacts
 {
 public:
     double free = 1e12;
+    int typeLookups = 0; // each one reads the mount table on Linux
+    int nameLookups = 0;
     int driveType(const QString& path) override
     {
+        ++typeLookups;
         if (path.startsWith(QLatin1String("/media/cdrom")))
             return platform::kDriveCdRom;
         return path.startsWith(QLatin1Char('/')) ? platform::kDriveFixed : 0;
@@ -29,10 +32,59 @@ public:
     bool driveIsReady(const QString&) override { return true; }
     QString driveName(const QString& path) override
     {
+        ++nameLookups;
         return path.startsWith(QLatin1String("/media/cdrom")) ? QStringLiteral("/media/cdrom")
                                                               : QStringLiteral("/");
     }
     bool isFloppy(const QString&) override { return false; }
+};
+
+// Counts the looks at the file system that a batch makes per file.
+class CountingFiles final : public platform::FileLayer
+{
+public:
+    explicit CountingFiles(fake::MemoryFileLayer& files)
+        : m_files(files)
+    {
+    }
+    int lengths = 0;
+    int existsAsked = 0;
+    int foldersMade = 0;
+
+    std::unique_ptr<platform::RandomAccessFile> openForReading(
+        const QString& p, platform::IoResult& r) override
+    {
+        return m_files.openForReading(p, r);
+    }
+    std::unique_ptr<platform::RandomAccessFile> openForUpdate(
+        const QString& p, platform::IoResult& r) override
+    {
+        return m_files.openForUpdate(p, r);
+    }
+    qint64 length(const QString& p, platform::IoResult& r) override
+    {
+        ++lengths;
+        return m_files.length(p, r);
+    }
+    platform::IoResult copyWhole(const QString& s, const QString& d) override
+    {
+        return m_files.copyWhole(s, d);
+    }
+    platform::IoResult truncate(const QString& p) override { return m_files.truncate(p); }
+    platform::IoResult remove(const QString& p) override { return m_files.remove(p); }
+    bool exists(const QString& p) override
+    {
+        ++existsAsked;
+        return m_files.exists(p);
+    }
+    platform::IoResult makeFolders(const QString& p) override
+    {
+        ++foldersMade;
+        return m_files.makeFolders(p);
+    }
+
+private:
+    fake::MemoryFileLayer& m_files;
 };
 
 const QString kA = QStringLiteral("/media/cdrom/MPEGAV/AVSEQ01.DAT");
@@ -80,6 +132,37 @@ TEST_F(BatchCopierTest, DestinationsKeepTheSourceFoldersBelowTheVolumeUnlessSame
             + QStringLiteral("MPEGAV/AVSEQ01.DAT”|1/1 ]|[ 总共：5,000 字节"));
     EXPECT_TRUE(host.base.boxes.isEmpty()); // no finish box in a batch
     EXPECT_TRUE(host.base.entries.isEmpty());
+}
+
+// Thousands of small files: the drive of a folder is looked up once per batch, each destination folder
+// is made once, and a file is examined no more than the copy needs (its length for the total and for the
+// block loop, whether its destination exists).
+TEST_F(BatchCopierTest, PerFileWorkIsOnlyWhatTheCopyNeeds)
+{
+    CountingFiles counting(files);
+    BatchCopier counted(state, host, counting, store, drives);
+    QStringList list;
+    for (int i = 0; i < 20; ++i) {
+        list << QStringLiteral("/media/cdrom/MPEGAV/f%1.dat").arg(i)
+             << QStringLiteral("/home/u/v/g%1.dat").arg(i);
+        files.put(list[list.size() - 2], positionBytes(100 + i));
+        files.put(list.last(), positionBytes(200 + i));
+    }
+    host.sameDir = false;
+    for (int batchRun = 1; batchRun <= 2; ++batchRun) {
+        SCOPED_TRACE(batchRun);
+        host.batchAnswers = {2}; // the second run overwrites
+        const BatchResult r = counted.copyingFiles(list);
+        EXPECT_EQ(r.finished, 40);
+        EXPECT_EQ(counted.counters().copiedBytes, counted.counters().totalBytes);
+        EXPECT_EQ(drives.typeLookups, 2 * batchRun); // two folders; a new batch looks again
+        EXPECT_EQ(drives.nameLookups, 2 * batchRun);
+        EXPECT_EQ(counting.foldersMade, 3 * batchRun); // the chosen folder and one per source folder
+    }
+    EXPECT_EQ(files.bytes(kOut + QStringLiteral("MPEGAV/f7.dat")), positionBytes(107));
+    EXPECT_EQ(files.bytes(kOut + QStringLiteral("home/u/v/g19.dat")), positionBytes(219));
+    EXPECT_LE(counting.lengths, 2 * 80);
+    EXPECT_LE(counting.existsAsked, 80);
 }
 
 TEST_F(BatchCopierTest, TotalTextSwitchesUnitsAtItsThresholds)

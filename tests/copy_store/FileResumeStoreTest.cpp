@@ -124,6 +124,39 @@ TEST_F(FileResumeStoreTest, KeyIsTheCleanedAbsolutePath)
     EXPECT_EQ(loaded, record(9));
 }
 
+// A batch asks the store once per file: an unchanged file is read once, yet a store written meanwhile by
+// another run (replaced, or rewritten in place) is read again and its records count.
+TEST_F(FileResumeStoreTest, AnUnchangedStoreIsReadOnceAndAChangedOneAgain)
+{
+    FileResumeStore writer = store();
+    FileResumeStore reader = store();
+    ASSERT_TRUE(writer.save(QStringLiteral("/out/a.dat"), record(100)));
+    ResumeRecord loaded;
+    for (int i = 0; i < 50; ++i) {
+        EXPECT_TRUE(reader.load(QStringLiteral("/out/a.dat"), loaded));
+        reader.remove(QStringLiteral("/out/f%1.dat").arg(i)); // no such record: nothing to write
+    }
+    EXPECT_EQ(reader.fileReads(), 1);
+
+    ASSERT_TRUE(writer.save(QStringLiteral("/out/b.dat"), record(200)));
+    ASSERT_TRUE(reader.load(QStringLiteral("/out/b.dat"), loaded));
+    EXPECT_EQ(loaded, record(200));
+    EXPECT_EQ(reader.fileReads(), 2);
+
+    reader.remove(QStringLiteral("/out/b.dat")); // its own write is read back once, not taken on trust
+    EXPECT_FALSE(writer.load(QStringLiteral("/out/b.dat"), loaded));
+    EXPECT_TRUE(reader.load(QStringLiteral("/out/a.dat"), loaded));
+    EXPECT_EQ(reader.fileReads(), 3);
+
+    ASSERT_TRUE(writeAll(storePath(), "{}")); // rewritten in place by someone else
+    EXPECT_FALSE(reader.load(QStringLiteral("/out/a.dat"), loaded));
+    ASSERT_TRUE(QFile::remove(storePath()));
+    EXPECT_FALSE(reader.load(QStringLiteral("/out/a.dat"), loaded));
+    EXPECT_TRUE(writer.save(QStringLiteral("/out/c.dat"), record(300)));
+    EXPECT_FALSE(reader.load(QStringLiteral("/out/a.dat"), loaded));
+    EXPECT_TRUE(reader.load(QStringLiteral("/out/c.dat"), loaded));
+}
+
 // Store files that are not ours or are broken: read as empty, untouched by reads, set aside by the next save.
 class DamagedStoreTest : public FileResumeStoreTest, public ::testing::WithParamInterface<const char*>
 {

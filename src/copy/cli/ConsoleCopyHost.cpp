@@ -3,11 +3,18 @@
 #include "copy/ProgressFigures.h"
 #include "files/Format.h"
 
-#include <QTime>
+#include <QDateTime>
 
 namespace vindaro::copy {
 
 namespace {
+
+// The second of the minute for the one-second tick. Only differences of it count, and UTC's differ from
+// local time's by nothing, so the time zone (a stat of /etc/localtime per call) is left out.
+int currentSecond()
+{
+    return QDateTime::currentDateTimeUtc().time().second();
+}
 
 QString plainLines(QString text)
 {
@@ -63,7 +70,7 @@ void ConsoleCopyHost::enterCopyingState()
         m_state.stopRequested = true;
         m_state.cancelRequested = true;
     }
-    m_lastSecond = QTime::currentTime().second();
+    m_lastSecond = currentSecond();
     m_sinceTick.start();
     m_timerOn = true;
 }
@@ -183,9 +190,9 @@ int ConsoleCopyHost::askExistingFile(const QString&, const QString& destination,
 void ConsoleCopyHost::tick()
 {
     m_sinceTick.start();
-    const int currentSecond = QTime::currentTime().second();
-    m_state.elapsedSeconds += tickDelta(currentSecond, m_lastSecond);
-    m_lastSecond = currentSecond;
+    const int second = currentSecond();
+    m_state.elapsedSeconds += tickDelta(second, m_lastSecond);
+    m_lastSecond = second;
     if (batchCounters) {
         const BatchFigures figures = computeBatchFigures(*batchCounters, m_position, m_state.elapsedSeconds);
         m_elapsed = durationText(figures.batchSeconds);

@@ -8,6 +8,7 @@
 #include "platform/linux/LinuxVolumes.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QTextStream>
 
@@ -115,9 +116,12 @@ int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources
         err << QStringLiteral("批量复制时 --existing 只能是 overwrite、keep 或 skip。\n");
         return kExitUsage;
     }
+    // Against the current folder, looked up once rather than once per file.
+    const QDir here = QDir::current();
     QStringList absolute;
+    absolute.reserve(sources.size());
     for (const QString& source : sources)
-        absolute << QFileInfo(source).absoluteFilePath();
+        absolute << QDir::cleanPath(here.absoluteFilePath(source));
 
     platform::LinuxVolumes volumes;
     VolumeDriveFacts drives(volumes);
