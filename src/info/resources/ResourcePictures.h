@@ -23,5 +23,7 @@ QByteArray bitmapFileFromDib(const QByteArray& dib);
 
 // "Icon/cursor (*.ico/*.cur)", "Bitmap (*.bmp)", ... as the picture lines name the kinds.
 QString imageTypeText(int resourceType);
+// The same for the current type as the browser holds it: a number ("3") or a named type ("PNG", "WMF").
+QString imageTypeText(const QString& resourceType);
 
 } // namespace vindaro::info::resources
