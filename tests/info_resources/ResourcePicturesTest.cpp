@@ -66,6 +66,20 @@ TEST(ResourcePictures, IconGroupWithTwoSizesReadsAsBoth)
     EXPECT_EQ(second.size(), QSize(32, 32));
     EXPECT_EQ(first.pixel(3, 3), 0xFFFF0000);
     EXPECT_EQ(second.pixel(30, 1), 0xFF0000FF);
+
+    // a hostile group naming one 4 MiB member 60,000 times is refused, not built
+    ResourceBuilder hostile;
+    hostile.u16(0).u16(1).u16(60000);
+    for (int i = 0; i < 60000; ++i)
+        hostile.u8(0).u8(0).u8(0).u8(0).u16(1).u16(32).u32(0).u16(1);
+    const QByteArray large = iconDib(1024, 0xFF000000);
+    int lookups = 0;
+    const auto lookup = [&](quint16) {
+        ++lookups;
+        return large;
+    };
+    EXPECT_TRUE(iconFileFromGroup(hostile.bytes, lookup, false).isEmpty());
+    EXPECT_LT(lookups, 100);
 }
 
 TEST(ResourcePictures, SingleImagesDibAndPng)
