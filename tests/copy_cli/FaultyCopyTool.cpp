@@ -48,6 +48,8 @@ public:
     {
         return m_inner->writeAt(offset, data, bytes);
     }
+    platform::IoResult sync() override { return m_inner->sync(); }
+    platform::IoResult close() override { return m_inner->close(); }
 
 private:
     std::unique_ptr<platform::RandomAccessFile> m_inner;
