@@ -330,10 +330,11 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
         }
         const bool tail = end == End::Through && m_state.position < sourceLength;
         // The destination reaches the device before a stop (a resume record or a quit may follow), before
-        // a skip and before the finish box; the pass before the tail round waits for the tail's own end. A
-        // batch waits only where a record is saved: a sync after each of thousands of small files would
-        // cost more than the copy, so there a file's end checks the close alone.
-        const bool flush = !tail && (!m_batch || end == End::Stop);
+        // a skip or a failure of the source (which may end with a record) and before the finish box; the
+        // pass before the tail round waits for the tail's own end. A batch does not wait at the end of a
+        // file: a sync after each of thousands of small files would cost more than the copy, so there a
+        // file's end checks the close alone.
+        const bool flush = !tail && (!m_batch || end != End::Through);
         const IoResult closed = closeDestination(*out, flush);
         out.reset();
         if (!closed.ok()) {

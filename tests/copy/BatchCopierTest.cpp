@@ -266,6 +266,10 @@ TEST_F(BatchCopierTest, FailuresEitherGoOnOrEndTheBatch)
         EXPECT_EQ(r.finished, row.endsBatch ? 0 : 1); // never counted as finished with skips
         EXPECT_EQ(r.withSkips, 0);
         EXPECT_EQ(store.records.contains(destA), row.endsBatch || row.destination);
+        if (row.endsBatch && !row.destination) {
+            // the source failed in the round at 40961 (blocks of 40960): all before it is on the device
+            EXPECT_EQ(store.records.value(destA).continuePosition, 40961);
+        }
         EXPECT_FALSE(state.copyRunning);
     }
 }
