@@ -12,7 +12,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
@@ -39,18 +38,6 @@ int result(int r)
 int getAttributes(const char* path, struct stat* st, struct fuse_file_info*)
 {
     return result(::lstat(real(path).c_str(), st));
-}
-
-int readFolder(const char* path, void* buffer, fuse_fill_dir_t fill, off_t, struct fuse_file_info*,
-    enum fuse_readdir_flags)
-{
-    DIR* dir = ::opendir(real(path).c_str());
-    if (!dir)
-        return -errno;
-    while (struct dirent* entry = ::readdir(dir))
-        fill(buffer, entry->d_name, nullptr, 0, static_cast<fuse_fill_dir_flags>(0));
-    ::closedir(dir);
-    return 0;
 }
 
 int openFile(const char* path, struct fuse_file_info* info)
@@ -120,11 +107,6 @@ int fileSystemFacts(const char*, struct statvfs* facts)
     return result(::statvfs(g_backing.c_str(), facts));
 }
 
-int setTimes(const char* path, const struct timespec times[2], struct fuse_file_info*)
-{
-    return result(::utimensat(AT_FDCWD, real(path).c_str(), times, 0));
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -138,7 +120,6 @@ int main(int argc, char** argv)
 
     static struct fuse_operations operations = {};
     operations.getattr = getAttributes;
-    operations.readdir = readFolder;
     operations.open = openFile;
     operations.create = createFile;
     operations.read = readFile;
@@ -149,7 +130,6 @@ int main(int argc, char** argv)
     operations.truncate = truncateFile;
     operations.unlink = removeFile;
     operations.statfs = fileSystemFacts;
-    operations.utimens = setTimes;
 
     char program[] = "failing_disk_fs";
     char foreground[] = "-f";
