@@ -42,6 +42,8 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <limits>
 
 namespace vindaro::app {
@@ -734,8 +736,26 @@ void FrmCopy::closeEvent(QCloseEvent* event)
         event->ignore();
         return;
     }
+    // A paused copy leaves its record, so it can be continued after the program has ended. When the
+    // block in progress still hangs in a read, the worker is abandoned: from here on it writes nothing,
+    // and the process ends without waiting for it (exitStatusAfterRun).
+    if (m_mode == Mode::Paused || m_worker->isBusy()) {
+        copy::BlockCopier& copier = m_session->copier();
+        copier.abandon();
+        copier.saveRecordOnQuit();
+        m_workerAbandoned = m_worker->isBusy();
+    }
     m_tray->removeIcon();
     event->accept();
+}
+
+int exitStatusAfterRun(const FrmCopy& window, int exitCode)
+{
+    if (window.workerAbandoned()) {
+        std::fflush(nullptr);
+        std::_Exit(exitCode);
+    }
+    return exitCode;
 }
 
 void FrmCopy::paintEvent(QPaintEvent* event)

@@ -146,6 +146,10 @@ public:
     };
     void ShowPopupMenu(int kind, const QPoint& globalPos);
 
+    // The window was closed while its copy hung in a read: the worker thread was abandoned (it writes
+    // nothing more) and cannot be joined, so the process must end without destroying this window.
+    bool workerAbandoned() const { return m_workerAbandoned; }
+
     files::FileListController& fileList() { return *m_fileList; }
     chrome::TrayController& tray() { return *m_tray; }
     // The batch window (a copy::FrmCopyAllFiles) while a batch runs, else null.
@@ -197,6 +201,7 @@ private:
     Mode m_mode = Mode::Idle;
     int m_lastSecond = 0; // second of the minute at the previous tick
     int m_skipValue = 10; // the skip slider's value before its latest move
+    bool m_workerAbandoned = false;
 
     files::FileListController* m_fileList = nullptr; // a child
     chrome::TrayController* m_tray = nullptr; // a child
@@ -238,6 +243,13 @@ private:
     QLabel* m_lblShuJuLiuLiang = nullptr;
     QTimer* m_tmrTime = nullptr;
 };
+
+// What main() answers once the event loop has returned. When `window` abandoned a worker stuck in a read,
+// the process ends here and now (after flushing stdio): destroying the window would wait for that thread
+// for ever, and a QThread destroyed while it runs aborts the program. The record is saved already and the
+// worker writes nothing more, so nothing is lost by skipping the destructors; std::_Exit rather than
+// exit() because exit() would run the static destructors while the abandoned thread may still run.
+int exitStatusAfterRun(const FrmCopy& window, int exitCode);
 
 // Song-style faces for "宋体" and a sans face for "MS Sans Serif", which Linux does not have under
 // those names. Safe to call more than once.

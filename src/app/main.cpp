@@ -43,5 +43,5 @@ int main(int argc, char** argv)
         opticalDrives,
         [report](vindaro::drives::CDRomDriveControl& control) { *report = control.GetCDRomInforStr(); },
         [&window, report] { window.showStartText(*report); });
-    return app.exec();
+    return vindaro::app::exitStatusAfterRun(window, app.exec());
 }

@@ -288,6 +288,16 @@ CopyOutcome BatchCopier::copyOneFile(
             }
             if (answer == 2) {
                 m_state.elapsedSeconds = record.elapsedSeconds;
+                if (record.merge) {
+                    // A single copy's merge into this file goes on as a merge.
+                    qint64 position = 1;
+                    qint64 mergePosition = 1;
+                    continueMergePositions(record, destination, m_files, position, mergePosition);
+                    m_state.position = position;
+                    m_state.mergePosition = mergePosition;
+                    m_copier.enterCopyingState();
+                    return m_copier.mergeBlocks(source, destination, m_state.blockBytes);
+                }
                 return startAt(source, destination, continuePosition(record, destination, m_files));
             }
             m_state.stopRequested = true;

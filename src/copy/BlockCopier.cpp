@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <cerrno>
+#include <chrono>
 
 namespace vindaro::copy {
 
@@ -68,8 +69,8 @@ FailureTexts failureTexts(
         break;
     }
     Q_UNUSED(atFirstPosition);
-    // Any other failure. A medium that vanished is always the drive-not-ready case.
-    if (cdRomNotReady || error.errorClass == kDiskNotReady) {
+    // Any other failure. The disc texts only for a source on an optical drive that is not ready.
+    if (cdRomNotReady) {
         return merge
             ? FailureTexts{QStringLiteral("错误原因：合并文件被意外地终止，光驱中可能没有光盘。"),
                 QStringLiteral("合并文件被意外地终止，请检查光驱中是否有光盘。")}
@@ -175,17 +176,58 @@ void BlockCopier::resetAfterCancel()
     m_host.resetAfterCancel();
 }
 
+void BlockCopier::noteWritten(qint64 position, qint64 mergePosition)
+{
+    m_state.writtenPosition = position;
+    m_state.writtenMergePosition = mergePosition;
+}
+
+IoResult BlockCopier::closeDestination(platform::RandomAccessFile& out, bool flush)
+{
+    const IoResult synced = flush ? out.sync() : IoResult();
+    const IoResult closed = out.close();
+    if (!synced.ok())
+        return synced;
+    if (closed.ok() && flush)
+        m_durable = Positions{m_state.writtenPosition, m_state.writtenMergePosition};
+    return closed;
+}
+
 CopyOutcome BlockCopier::run(const QString& source, const QString& destination, qint64 step, bool merge)
 {
     Q_ASSERT(step > 0);
+    m_merge = merge;
+    m_state.merging = merge;
+    {
+        const std::lock_guard<std::mutex> lock(m_destinationMutex);
+        m_destination = destination;
+    }
+    // What the destination holds before this run is the user's own, or was synced by the run that saved
+    // the record this one continues from.
+    m_durable = Positions{m_state.position, m_state.mergePosition};
+    noteWritten(m_state.position, m_state.mergePosition);
+
+    enum class End
+    {
+        Through, // the last whole block of this pass was written
+        Stop, // pause or cancel
+        SourceFailed,
+        DestinationFailed,
+    };
+
     // Each pass of this loop is a fresh entry of the block loop: after a skip, after "try again", and for
     // the short tail round. A loop rather than nested calls, so any number of skips costs nothing more.
     for (;;) {
+        if (m_state.abandoned)
+            return CopyOutcome::Cancelled;
         IoResult io;
-        const qint64 sourceLength = m_files.length(source, io);
         CopyOutcome outcome = CopyOutcome::Failed;
+        // True when the copy ends (`outcome` set), false to run the pass again.
+        const auto failed
+            = [&](IoSide side) { return onFailure(io, side, source, destination, merge, outcome); };
+        const qint64 sourceLength = m_files.length(source, io);
         if (!io.ok()) {
-            if (onFailure(io, source, destination, merge, outcome))
+            if (failed(IoSide::Source))
                 return outcome;
             continue;
         }
@@ -196,12 +238,19 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
             // destination that exists is only opened, as a block round would, and left as it is: an
             // overwrite has emptied it already, and after an append, a continue or a resume the user chose
             // to keep its bytes, which the plain copy (it replaces the file) would throw away.
-            if (m_files.exists(destination))
-                io = m_files.openForUpdate(destination, io) ? IoResult() : io;
-            else
-                io = m_files.copyWhole(source, destination);
+            IoSide side = IoSide::Destination;
+            if (m_files.exists(destination)) {
+                if (auto out = m_files.openForUpdate(destination, io))
+                    io = out->close();
+            } else {
+                side = IoSide::Source;
+                if (m_files.openForReading(source, io)) {
+                    side = IoSide::Destination; // the source opens: what fails now is the new file
+                    io = m_files.copyWhole(source, destination);
+                }
+            }
             if (!io.ok()) {
-                if (onFailure(io, source, destination, merge, outcome))
+                if (failed(side))
                     return outcome;
                 continue;
             }
@@ -212,51 +261,96 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
         if (m_buffer.size() < bufferBytes)
             m_buffer.resize(bufferBytes);
 
-        bool leftLoop = false;
-        {
-            auto in = m_files.openForReading(source, io);
-            std::unique_ptr<platform::RandomAccessFile> out;
-            if (in)
-                out = m_files.openForUpdate(destination, io);
-            while (in && out) {
-                if (m_state.stopRequested) {
-                    in.reset();
-                    out.reset();
-                    return onStop(source, destination, merge);
-                }
-                const qint64 position = m_state.position;
-                // One byte more than the step, but never past the source's last byte.
-                const qint64 wanted = std::max<qint64>(0, std::min(bufferBytes, sourceLength - position + 1));
-                if (wanted > 0) {
-                    io = in->readAt(position - 1, m_buffer.data(), wanted);
-                    if (io.ok() && io.bytes < wanted)
-                        io = IoResult::failure(
-                            EIO, QString()); // the source shrank under us: an unreadable stretch
-                    if (!io.ok())
-                        break;
-                    const qint64 writeAt = merge ? m_state.mergePosition.load() : position;
-                    io = out->writeAt(writeAt - 1, m_buffer.constData(), wanted);
-                    if (!io.ok())
-                        break;
-                }
-                m_host.updateProgress(position, sourceLength);
-                m_state.position += step; // added, not stored: a manual skip made meanwhile adds up
-                if (merge)
-                    m_state.mergePosition += step;
-                m_host.yield();
-                if (m_state.position >= sourceLength - step) {
-                    leftLoop = true;
-                    break;
-                }
-            }
-        } // both files closed here, before any question or skip
-
-        if (!leftLoop) {
-            if (onFailure(io, source, destination, merge, outcome))
+        auto in = m_files.openForReading(source, io);
+        if (!in) {
+            if (failed(IoSide::Source))
                 return outcome;
             continue;
         }
-        if (m_state.position < sourceLength) {
+        auto out = m_files.openForUpdate(destination, io);
+        if (!out) {
+            in.reset();
+            if (failed(IoSide::Destination))
+                return outcome;
+            continue;
+        }
+        End end = End::Through;
+        for (;;) {
+            if (m_state.stopRequested) {
+                end = End::Stop;
+                break;
+            }
+            const qint64 position = m_state.position;
+            // One byte more than the step, but never past the source's last byte.
+            const qint64 wanted = std::max<qint64>(0, std::min(bufferBytes, sourceLength - position + 1));
+            if (wanted > 0) {
+                io = in->readAt(position - 1, m_buffer.data(), wanted);
+                if (io.ok() && io.bytes < wanted)
+                    io = IoResult::failure(
+                        EIO, QString()); // the source shrank under us: an unreadable stretch
+                if (!io.ok()) {
+                    end = End::SourceFailed;
+                    break;
+                }
+                const qint64 writeAt = merge ? m_state.mergePosition.load() : position;
+                {
+                    const std::lock_guard<std::timed_mutex> gate(m_writeGate);
+                    if (m_state.abandoned)
+                        return CopyOutcome::Cancelled; // the program is ending: not one byte more
+                    io = out->writeAt(writeAt - 1, m_buffer.constData(), wanted);
+                }
+                if (!io.ok()) {
+                    end = End::DestinationFailed;
+                    break;
+                }
+            }
+            m_host.updateProgress(position, sourceLength);
+            m_state.position += step; // added, not stored: a manual skip made meanwhile adds up
+            if (merge)
+                m_state.mergePosition += step;
+            noteWritten(m_state.position, m_state.mergePosition);
+            m_host.yield();
+            if (m_state.position >= sourceLength - step)
+                break;
+        }
+        in.reset();
+        if (m_state.abandoned)
+            return CopyOutcome::Cancelled;
+
+        if (end == End::DestinationFailed) {
+            // The block that failed is not counted; what was written before it counts only if the device
+            // confirms it now. The close can only add to a failure already in hand.
+            if (out->sync().ok())
+                m_durable = Positions{m_state.writtenPosition, m_state.writtenMergePosition};
+            out->close();
+            out.reset();
+            if (failed(IoSide::Destination))
+                return outcome;
+            continue;
+        }
+        const bool tail = end == End::Through && m_state.position < sourceLength;
+        // The destination reaches the device before a stop (a resume record or a quit may follow), before
+        // a skip or a failure of the source (which may end with a record) and before the finish box; the
+        // pass before the tail round waits for the tail's own end. A batch does not wait at the end of a
+        // file: a sync after each of thousands of small files would cost more than the copy, so there a
+        // file's end checks the close alone.
+        const bool flush = !tail && (!m_batch || end != End::Through);
+        const IoResult closed = closeDestination(*out, flush);
+        out.reset();
+        if (!closed.ok()) {
+            io = closed;
+            if (failed(IoSide::Destination))
+                return outcome;
+            continue;
+        }
+        if (end == End::Stop)
+            return onStop(source, destination, merge);
+        if (end == End::SourceFailed) {
+            if (failed(IoSide::Source))
+                return outcome;
+            continue;
+        }
+        if (tail) {
             step = sourceLength - m_state.position; // the tail: reads exactly up to the last byte
             continue;
         }
@@ -264,10 +358,18 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
     }
 }
 
-bool BlockCopier::onFailure(
-    const IoResult& io, const QString& source, const QString& destination, bool merge, CopyOutcome& outcome)
+bool BlockCopier::onFailure(const IoResult& io, IoSide side, const QString& source,
+    const QString& destination, bool merge, CopyOutcome& outcome)
 {
-    const FileError error = classify(io);
+    if (m_state.abandoned) {
+        outcome = CopyOutcome::Cancelled;
+        return true;
+    }
+    const FileError error = classify(io, side);
+    // The partial destination can be continued once the destination works again: its record names only
+    // what is known to be on the device.
+    if (side == IoSide::Destination)
+        saveResumeRecord(destination);
     if (m_batch)
         return onBatchFailure(error, source, destination, outcome);
     const qint64 position = m_state.position;
@@ -287,6 +389,7 @@ bool BlockCopier::onFailure(
         skipBytes = qint64(m_state.skipBlocks) * m_state.blockBytes * 8;
     if (skipBytes > 0) {
         m_state.position += skipBytes;
+        noteWritten(m_state.position, m_state.mergePosition); // the stretch is left out on purpose
         ++m_skips;
         m_host.yield();
         if (m_state.position <= m_state.sourceLength) {
@@ -297,7 +400,8 @@ bool BlockCopier::onFailure(
         return true;
     }
 
-    const bool notReady = m_cdRomNotReady && m_cdRomNotReady(source);
+    // Only a source can sit on an optical drive without a disc.
+    const bool notReady = side == IoSide::Source && m_cdRomNotReady && m_cdRomNotReady(source);
     const FailureTexts texts = failureTexts(error, position <= 1, notReady, source, merge);
     enterIdleState();
     if (!texts.cause.isEmpty())
@@ -361,7 +465,7 @@ bool BlockCopier::onBatchFailure(
     default:
         break;
     }
-    if (error.errorClass == kDiskNotReady || (m_cdRomNotReady && m_cdRomNotReady(source))) {
+    if (error.side == IoSide::Source && m_cdRomNotReady && m_cdRomNotReady(source)) {
         logCause(QStringLiteral("错误原因：复制文件被意外地终止，可能是光驱中没有光盘。"));
         return endBatch(true);
     }
@@ -422,14 +526,56 @@ CopyOutcome BlockCopier::onStop(const QString& source, const QString& destinatio
 
 void BlockCopier::saveResumeRecord(const QString& destination)
 {
-    if (!m_files.exists(destination) || m_state.position >= m_state.sourceLength)
+    if (m_state.abandoned)
+        return; // saveRecordOnQuit() has the last word
+    saveRecord(destination, m_durable, m_merge);
+}
+
+void BlockCopier::saveRecord(const QString& destination, Positions at, bool merge)
+{
+    if (!m_files.exists(destination) || at.position >= m_state.sourceLength)
         return;
     IoResult io;
     const qint64 destinationLength = m_files.length(destination, io);
     if (!io.ok())
         return;
-    m_resumeStore.save(destination,
-        makeResumeRecord(destinationLength, m_state.position, m_state.sourceLength, m_state.elapsedSeconds));
+    // A copy goes on where its destination ends, but never past the last byte known to be there. A merge
+    // goes on reading where it stopped and writing where it stopped: two positions, apart by the length
+    // the destination had before the merge (and by any stretch skipped since).
+    ResumeRecord record = makeResumeRecord(merge ? at.position : std::min(destinationLength, at.position),
+        at.position, m_state.sourceLength, m_state.elapsedSeconds);
+    if (merge) {
+        record.merge = true;
+        record.writePosition = at.mergePosition;
+    }
+    m_resumeStore.save(destination, record);
+}
+
+void BlockCopier::abandon()
+{
+    std::unique_lock<std::timed_mutex> gate(m_writeGate, std::defer_lock);
+    // A write that hangs itself holds the gate: after a moment the quit goes on without it. Whatever that
+    // write puts down are the right bytes in the right place, past the position the record names.
+    (void)gate.try_lock_for(std::chrono::milliseconds(300));
+    m_state.abandoned = true;
+    m_state.stopRequested = true;
+}
+
+bool BlockCopier::saveRecordOnQuit()
+{
+    QString destination;
+    {
+        const std::lock_guard<std::mutex> lock(m_destinationMutex);
+        destination = m_destination;
+    }
+    if (destination.isEmpty())
+        return false;
+    // Every write before these positions returned success, so the bytes are in the system's hands; the
+    // quit does not wait for the device (a sync of a large copy to a slow stick could take minutes), and
+    // the system writes them out after the program has ended.
+    saveRecord(
+        destination, Positions{m_state.writtenPosition, m_state.writtenMergePosition}, m_state.merging);
+    return true;
 }
 
 } // namespace vindaro::copy

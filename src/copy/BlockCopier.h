@@ -9,6 +9,7 @@
 #include <QByteArray>
 
 #include <functional>
+#include <mutex>
 
 namespace vindaro::copy {
 
@@ -45,7 +46,16 @@ public:
     void enterCopyingState();
 
     // Saves where a stopped copy can go on, when the destination exists and the source is not all there.
+    // Counts only bytes known to be on the device (synced at the last stop, skip or failure), so
+    // continuing later leaves no hole and no stale byte. A merge's record says so and where it writes.
     void saveResumeRecord(const QString& destination);
+
+    // Any thread. The program ends while the loop may hang in a read: once this returns, the loop writes
+    // nothing more (it checks the flag under the same lock as every write) and does nothing but return.
+    void abandon();
+    // Any thread, after abandon(): saves the record of the copy in hand from what its writes returned, so
+    // it can be continued after the program has ended. False when there was no copy to record.
+    bool saveRecordOnQuit();
 
     int skippedStretches() const { return m_skips; } // unreadable stretches jumped in the last run
 
@@ -60,12 +70,22 @@ public:
     static QString skippedEntry(qint64 position);
 
 private:
+    struct Positions
+    {
+        qint64 position = 1; // next to read
+        qint64 mergePosition = 1; // next to write in a merge
+    };
+
     CopyOutcome run(const QString& source, const QString& destination, qint64 step, bool merge);
+    // Syncs (when `flush`) and closes the destination; a sync that succeeds makes what was written durable.
+    platform::IoResult closeDestination(platform::RandomAccessFile& out, bool flush);
+    void noteWritten(qint64 position, qint64 mergePosition);
+    void saveRecord(const QString& destination, Positions at, bool merge);
     CopyOutcome onStop(const QString& source, const QString& destination, bool merge);
     CopyOutcome finish(const QString& source, const QString& destination, bool merge, bool showCopied);
     // Decides what a failure means: true with `outcome` set when the copy ends, false to run the pass again.
-    bool onFailure(const platform::IoResult& io, const QString& source, const QString& destination,
-        bool merge, CopyOutcome& outcome);
+    bool onFailure(const platform::IoResult& io, IoSide side, const QString& source,
+        const QString& destination, bool merge, CopyOutcome& outcome);
     bool onBatchFailure(
         const FileError& error, const QString& source, const QString& destination, CopyOutcome& outcome);
     bool askToRetry(bool merge); // true: the user wants the block read again (the window is copying)
@@ -80,6 +100,13 @@ private:
     QByteArray m_buffer; // reused by every round and pass
     int m_skips = 0;
     bool m_batch = false;
+    bool m_merge = false; // the run in hand
+    Positions m_durable; // known on the device: synced, or there before this run began
+    // Held around the abandon check and the write it allows; timed, so a quit never waits on a write
+    // that hangs itself.
+    std::timed_mutex m_writeGate;
+    std::mutex m_destinationMutex;
+    QString m_destination; // of the run in hand, for saveRecordOnQuit()
 };
 
 } // namespace vindaro::copy

@@ -76,6 +76,26 @@ qint64 continuePosition(const ResumeRecord& record, const QString& destination, 
     return std::clamp<qint64>(record.continuePosition, 1, std::max<qint64>(1, length));
 }
 
+void continueMergePositions(const ResumeRecord& record, const QString& destination,
+    platform::FileLayer& files, qint64& position, qint64& mergePosition)
+{
+    IoResult io;
+    const qint64 length = std::max<qint64>(0, files.length(destination, io));
+    position = std::max<qint64>(1, record.continuePosition);
+    mergePosition = std::max<qint64>(1, record.writePosition);
+    // Bytes before the write position must all be there (the one at it is rewritten).
+    const qint64 lost = mergePosition - 1 - length;
+    if (lost <= 0)
+        return;
+    if (position - lost < 1) {
+        position = 1;
+        mergePosition = length + 1;
+        return;
+    }
+    position -= lost;
+    mergePosition -= lost;
+}
+
 qint64 blockBytesFor(int readBlocks, const QString& source, const QString& destination, DriveFacts& drives,
     int platformFamily, qint64 currentBlockBytes)
 {
@@ -211,12 +231,21 @@ CopyOutcome CopySession::existingDestination(const QString& source, QString dest
                 return startOver(source, destination);
             if (answer != 2)
                 return CopyOutcome::NotStarted;
-            m_state.position = copy::continuePosition(record, destination, m_files);
+            // A merge goes on as a merge: a plain copy from its read position would write the wrong part
+            // of the source over the user's own bytes.
+            if (record.merge) {
+                qint64 position = 1;
+                qint64 mergePosition = 1;
+                continueMergePositions(record, destination, m_files, position, mergePosition);
+                m_state.position = position;
+                m_state.mergePosition = mergePosition;
+            } else
+                m_state.position = copy::continuePosition(record, destination, m_files);
             m_state.elapsedSeconds = record.elapsedSeconds;
             m_host.log(QStringLiteral("续拷文件：") + source + kCrLf + kIndent + QStringLiteral("到：")
                 + destination);
             enterCopyingState();
-            return run(source, destination, false);
+            return run(source, destination, record.merge);
         }
 
         QString newName;

@@ -34,6 +34,13 @@ bool isNetworkPath(const QString& path);
 // present length (a file cut short since would otherwise get a hole of zeros).
 qint64 continuePosition(const ResumeRecord& record, const QString& destination, platform::FileLayer& files);
 
+// Where a merge goes on from its record: the stored read and write positions. A destination cut short
+// since the record was saved moves both back by the bytes it lost, so the source closes up behind what is
+// still there; should even the destination's own bytes be gone, the whole source is merged again behind
+// what is left.
+void continueMergePositions(const ResumeRecord& record, const QString& destination,
+    platform::FileLayer& files, qint64& position, qint64& mergePosition);
+
 // Bytes per block: `readBlocks` times a factor that follows the kinds of drive and file: 4096 for network
 // paths and CD-ROMs (5120 for DVD ".vob" files), 6144 for fixed drives (61440 on the old consumer family;
 // the oldest family keeps `currentBlockBytes`), 128 for floppies, 1024 for other removable drives, 4096 for

@@ -24,6 +24,14 @@ struct CopyState
     std::atomic<bool> stopRequested{false}; // the loop leaves at its next round (pause and cancel)
     std::atomic<bool> cancelRequested{false}; // leaving is a cancellation
     std::atomic<bool> copyRunning{false}; // not while paused or idle; exit is refused while true
+
+    // Set by the engine as it goes, read by whoever must save a record while the loop is stuck in a read:
+    // every write before these positions has returned success (a skipped stretch counts as done).
+    std::atomic<qint64> writtenPosition{1};
+    std::atomic<qint64> writtenMergePosition{1};
+    std::atomic<bool> merging{false}; // the copy in hand is a merge
+    // The program is ending without waiting for the loop: it must not write another byte.
+    std::atomic<bool> abandoned{false};
 };
 
 } // namespace vindaro::copy

@@ -55,10 +55,13 @@ int classOf(int e)
 
 } // namespace
 
-FileError classify(const platform::IoResult& result)
+FileError classify(const platform::IoResult& result, IoSide side)
 {
     FileError error;
+    error.side = side;
     error.errorClass = classOf(result.error);
+    if (side == IoSide::Destination && error.errorClass != kDiskFull && error.errorClass != kPermissionDenied)
+        error.errorClass = kOtherError;
     error.code = error.errorClass == kOtherError ? result.error : error.errorClass;
     error.description = result.description;
     // The classes shown with their code get the program's own words.

@@ -19,9 +19,18 @@ enum ErrorClass : int
     kPathAccess = 75, // an unreadable stretch of the source: skipped past position 1
 };
 
+// Which file a failure came from. Only the source can have unreadable stretches or sit on an optical
+// drive; a destination that fails is reported, never skipped over.
+enum class IoSide
+{
+    Source, // the source's length, open or read
+    Destination, // the destination's open, write, sync or close
+};
+
 struct FileError
 {
     int errorClass = kOtherError;
+    IoSide side = IoSide::Source;
     int code = 0; // the number shown in "[code]." boxes
     QString description; // may be empty: then the "unknown error" texts are shown
 };
@@ -34,6 +43,9 @@ struct FileError
 //   EINVAL                      -> 5      EFBIG, EOVERFLOW           -> 6
 //   ENOENT, ENOTDIR, EISDIR     -> 53     ENOMEDIUM, ENODEV, ESTALE, ENOTCONN, ESHUTDOWN -> 71 (drive gone)
 //   anything else               -> other, with the errno as code and the system's text
-FileError classify(const platform::IoResult& result);
+// A destination keeps only the disk-full and permission classes: every other failure of the file being
+// written (EIO, ETIMEDOUT, ENODEV, ENOMEDIUM, ESTALE, a pulled stick, a dropped share...) is "other", with
+// its errno and the system's text, so it is never taken for an unreadable stretch or a missing disc.
+FileError classify(const platform::IoResult& result, IoSide side);
 
 } // namespace vindaro::copy

@@ -33,6 +33,10 @@ const QString kEstimatedSeconds = QStringLiteral("estimatedSeconds");
 const QString kElapsedSeconds = QStringLiteral("elapsedSeconds");
 const QString kSpeedKBps = QStringLiteral("speedKBps");
 const QString kSavedUtc = QStringLiteral("savedUtc");
+// Only in a merge's record ("merge": true, "writePosition": ...); a record without them is a plain copy's,
+// as every record written before merges were recorded.
+const QString kMerge = QStringLiteral("merge");
+const QString kWritePosition = QStringLiteral("writePosition");
 
 // An integer field within [low, high]; false for a missing, fractional or out-of-range value.
 bool readInteger(const QJsonObject& object, const QString& key, qint64 low, qint64 high, qint64& out)
@@ -75,6 +79,13 @@ bool parseRecord(const QJsonValue& value, const QDateTime& now, ResumeRecord& re
         || !readIntField(object, kElapsedSeconds, parsed.elapsedSeconds)
         || !readIntField(object, kSpeedKBps, parsed.speedKBps))
         return false;
+    if (object.contains(kMerge)) {
+        if (!object.value(kMerge).isBool())
+            return false;
+        parsed.merge = object.value(kMerge).toBool();
+        if (parsed.merge && !readInteger(object, kWritePosition, 1, kMax, parsed.writePosition))
+            return false; // a merge that does not say where it writes cannot be continued
+    }
     record = parsed;
     return true;
 }
@@ -88,6 +99,10 @@ QJsonObject recordObject(const ResumeRecord& record, const QDateTime& now)
     object.insert(kElapsedSeconds, record.elapsedSeconds);
     object.insert(kSpeedKBps, record.speedKBps);
     object.insert(kSavedUtc, now.toUTC().toString(Qt::ISODate));
+    if (record.merge) {
+        object.insert(kMerge, true);
+        object.insert(kWritePosition, QJsonValue(record.writePosition));
+    }
     return object;
 }
 

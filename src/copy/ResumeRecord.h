@@ -13,12 +13,16 @@ struct ResumeRecord
     int estimatedSeconds = 0;
     int elapsedSeconds = 0; // becomes `elapsedSeconds` when continuing
     int speedKBps = 0;
+    // A merge goes on as a merge: `continuePosition` is then the next position to read in the source and
+    // `writePosition` the next position to write in the destination (which is not the source's position).
+    bool merge = false;
+    qint64 writePosition = 0;
 
     friend bool operator==(const ResumeRecord& a, const ResumeRecord& b)
     {
         return a.continuePosition == b.continuePosition && a.copiedPosition == b.copiedPosition
             && a.estimatedSeconds == b.estimatedSeconds && a.elapsedSeconds == b.elapsedSeconds
-            && a.speedKBps == b.speedKBps;
+            && a.speedKBps == b.speedKBps && a.merge == b.merge && a.writePosition == b.writePosition;
     }
 };
 

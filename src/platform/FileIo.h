@@ -26,7 +26,8 @@ struct IoResult
     }
 };
 
-// A file open for access at 0-based byte offsets. Closing happens in the destructor.
+// A file open for access at 0-based byte offsets. The destructor closes a file that close() has not,
+// dropping the result: a writer that must know whether its bytes arrived calls sync() and close().
 class RandomAccessFile
 {
 public:
@@ -35,6 +36,11 @@ public:
     virtual IoResult readAt(qint64 offset, char* data, qint64 maxBytes) = 0;
     // Writes all `bytes` at `offset`, growing the file as needed; never truncates.
     virtual IoResult writeAt(qint64 offset, const char* data, qint64 bytes) = 0;
+    // Waits until the bytes written so far are on the device; a write-back failure shows here.
+    virtual IoResult sync() = 0;
+    // Closes the file and answers what the system said (a network share may report a lost write only
+    // now). Later calls answer success and do nothing.
+    virtual IoResult close() = 0;
 };
 
 // Whole-file services the copy engine needs. The real one works on the local file system; tests use a

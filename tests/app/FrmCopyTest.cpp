@@ -27,8 +27,19 @@ struct HangingRead
     QSemaphore entered;
     QSemaphore release;
 
+    MemoryFileLayer* hooked = nullptr;
+
+    // A test that fails before letting the read go must not leave the worker stuck for the window's
+    // destructor to wait on.
+    ~HangingRead()
+    {
+        if (hooked)
+            hooked->setReadHook(nullptr);
+        release.release();
+    }
     void install(MemoryFileLayer& files, qint64 offset)
     {
+        hooked = &files;
         files.setReadHook([this, offset](const QString& path, qint64 at, qint64) {
             if (path == kSource && at == offset) {
                 entered.release();
@@ -230,6 +241,52 @@ TEST(FrmCopy, ExitIsRefusedSilentlyDuringACopyAndAskedOtherwise)
 
     EXPECT_TRUE(rig.frm.close());
     EXPECT_EQ(rig.frm.copyState().lastAnswer, platform::kAnswerYes);
+}
+
+// Quitting while the paused copy still hangs in a read: the window closes at once, the record names what
+// was written, and the abandoned worker writes nothing when its read returns at last.
+TEST(FrmCopy, QuitWhileAReadHangsSavesTheRecordAndAbandonsTheWorker)
+{
+    CopyRig rig;
+    rig.files.put(kSource, positionBytes(20 * kBlock + 1));
+    HangingRead hang;
+    hang.install(rig.files, 3 * kBlock);
+    rig.click("cmdStartCopy");
+    ASSERT_TRUE(hang.waitEntered());
+    rig.click("cmdPauseCopy");
+
+    rig.boxes.answers = {platform::kAnswerYes};
+    EXPECT_TRUE(rig.frm.close());
+    EXPECT_TRUE(rig.frm.workerAbandoned());
+    ASSERT_TRUE(rig.store.records.contains(kDestination));
+    EXPECT_EQ(rig.store.records[kDestination].continuePosition, 3 * kBlock + 1);
+    const QByteArray atQuit = rig.files.bytes(kDestination);
+    EXPECT_EQ(atQuit, positionBytes(3 * kBlock + 1));
+
+    hang.release.release();
+    EXPECT_NE(rig.waitForOutcome(), -1); // the worker returns...
+    EXPECT_EQ(rig.files.bytes(kDestination), atQuit); // ...without writing the block it had read
+    EXPECT_EQ(rig.boxes.shown.size(), 1); // the quit question, nothing after it
+}
+
+// A paused copy whose worker is idle is quit normally, and its record is kept too.
+TEST(FrmCopy, QuitWhilePausedKeepsTheRecord)
+{
+    CopyRig rig;
+    rig.files.put(kSource, positionBytes(20 * kBlock + 1));
+    HangingRead hang;
+    hang.install(rig.files, 2 * kBlock);
+    rig.click("cmdStartCopy");
+    ASSERT_TRUE(hang.waitEntered());
+    rig.click("cmdPauseCopy");
+    hang.release.release();
+    EXPECT_EQ(rig.waitForOutcome(), int(CopyOutcome::Paused));
+
+    rig.boxes.answers = {platform::kAnswerYes};
+    EXPECT_TRUE(rig.frm.close());
+    EXPECT_FALSE(rig.frm.workerAbandoned());
+    ASSERT_TRUE(rig.store.records.contains(kDestination));
+    EXPECT_EQ(rig.store.records[kDestination].continuePosition, 3 * kBlock + 1);
 }
 
 // A copy paused in a hanging read, skipped on by 3 blocks from the settings panel, and continued: the

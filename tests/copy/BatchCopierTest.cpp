@@ -29,7 +29,11 @@ public:
         return path.startsWith(QLatin1Char('/')) ? platform::kDriveFixed : 0;
     }
     double freeBytes(const QString& path) override { return path.startsWith(QLatin1Char('/')) ? free : -1; }
-    bool driveIsReady(const QString&) override { return true; }
+    bool ready = true; // the optical drive's
+    bool driveIsReady(const QString& path) override
+    {
+        return ready || !path.startsWith(QLatin1String("/media/cdrom"));
+    }
     QString driveName(const QString& path) override
     {
         ++nameLookups;
@@ -288,21 +292,31 @@ TEST_F(BatchCopierTest, UnreadableStretchSkipsEightyBlocksWithoutALogEntry)
     EXPECT_TRUE(host.base.entries.isEmpty());
 }
 
-// Sharing and record failures go on with the next file; a full disk ends the batch and keeps a record.
+// Sharing and record failures go on with the next file; a full disk or a source drive without its disc
+// ends the batch and keeps a record. A failing destination is never skipped over nor taken for a missing
+// disc, and its partial file keeps a record either way.
 TEST_F(BatchCopierTest, FailuresEitherGoOnOrEndTheBatch)
 {
     const QString head
         = QStringLiteral("复制文件“") + kA + QStringLiteral("”时遇到错误。\r\n") + QString(22, ' ');
     const struct
     {
+        bool destination; // else the source's read fails
         int error;
-        QString cause;
+        bool cdRomNotReady;
+        QString cause; // empty: nothing logged
+        QString box; // empty: no box
         bool endsBatch;
     } rows[] = {
-        {EACCES, QStringLiteral("错误原因：共享冲突,源文件或目标文件可能正在使用。"), false},
-        {ESPIPE, QStringLiteral("错误原因：未知错误，请检查文件访问权限。"), false},
-        {ENOSPC, QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来复制文件。"), true},
-        {ENOMEDIUM, QStringLiteral("错误原因：复制文件被意外地终止，可能是光驱中没有光盘。"), true},
+        {true, EACCES, false, QStringLiteral("错误原因：共享冲突,源文件或目标文件可能正在使用。"), {}, false},
+        {false, ESPIPE, false, QStringLiteral("错误原因：未知错误，请检查文件访问权限。"), {}, false},
+        {true, ENOSPC, false, QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来复制文件。"), {},
+            true},
+        {false, ENOMEDIUM, true, QStringLiteral("错误原因：复制文件被意外地终止，可能是光驱中没有光盘。"), {},
+            true},
+        {true, EIO, true, {}, QStringLiteral("[5].sys"), false},
+        {true, ENOMEDIUM, true, {}, QStringLiteral("[123].sys"), false},
+        {true, ETIMEDOUT, false, {}, QStringLiteral("[110].sys"), false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.error);
@@ -313,15 +327,32 @@ TEST_F(BatchCopierTest, FailuresEitherGoOnOrEndTheBatch)
         files.put(kB, positionBytes(1000));
         const QString destA = kOut + QStringLiteral("AVSEQ01.DAT");
         files.put(destA, QByteArray());
-        files.faults(destA).writeLimit = 50000;
-        files.faults(destA).writeErrno = row.error;
+        if (row.destination) {
+            files.faults(destA).writeLimit = 50000;
+            files.faults(destA).writeErrno = row.error;
+            files.faults(destA).writeText = QStringLiteral("sys");
+        } else {
+            files.faults(kA).badReads = {ByteRange{50000, 1}};
+            files.faults(kA).readErrno = row.error;
+        }
+        drives.ready = !row.cdRomNotReady;
         host.batchAnswers = {1};
 
         const BatchResult r = batch.copyingFiles({kA, kB});
-        EXPECT_EQ(host.base.entries, QStringList{head + row.cause});
+        EXPECT_EQ(host.base.entries, row.cause.isEmpty() ? QStringList() : QStringList{head + row.cause});
+        EXPECT_EQ(host.base.boxes.size(), row.box.isEmpty() ? 0 : 1);
+        if (!row.box.isEmpty() && !host.base.boxes.isEmpty()) {
+            EXPECT_EQ(host.base.boxes[0].text, row.box);
+        }
         EXPECT_EQ(files.contains(kOut + QStringLiteral("AVSEQ02.DAT")), !row.endsBatch);
         EXPECT_EQ(r.cancelled, row.endsBatch);
-        EXPECT_EQ(store.records.contains(destA), row.endsBatch);
+        EXPECT_EQ(r.finished, row.endsBatch ? 0 : 1); // never counted as finished with skips
+        EXPECT_EQ(r.withSkips, 0);
+        EXPECT_EQ(store.records.contains(destA), row.endsBatch || row.destination);
+        if (row.endsBatch && !row.destination) {
+            // the source failed in the round at 40961 (blocks of 40960): all before it is on the device
+            EXPECT_EQ(store.records.value(destA).continuePosition, 40961);
+        }
         EXPECT_FALSE(state.copyRunning);
     }
 }

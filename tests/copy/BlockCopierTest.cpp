@@ -254,16 +254,35 @@ TEST_F(BlockCopierTest, EmptySourceMergeGoesThroughTheLoop)
     EXPECT_EQ(host.boxes.last().title, QStringLiteral("文件合并完成！"));
 }
 
-// Every row of the failure table: the box, its title, and the log entry (or none).
+// Every row of the failure table: the box, its title, and the log entry (or none). The failing file
+// decides the row: only a source can be skipped or be on a drive without a disc, and a destination that
+// fails (a write, its sync or its close) keeps only the disk-full and permission rows.
 TEST_F(BlockCopierTest, FailuresShowTheirBoxAndLogTheirCause)
 {
     const QString copyHead
         = QStringLiteral("复制文件“") + kSource + QStringLiteral("”时遇到错误。\r\n") + kIndent;
     const QString mergeHead = QStringLiteral("合并文件“") + kSource + QStringLiteral("”到：\r\n") + kIndent
         + QStringLiteral("“") + kDest + QStringLiteral("”时遇到错误。\r\n") + kIndent;
+    const QString cdCopy = QStringLiteral("复制文件被意外地终止，请检查光驱中是否有光盘。");
+    const QString undescribedCopyBox = QStringLiteral("未知错误，可能是目标文件中含有非法字符或是在文件 "
+                                                      "\r\n复制过程当中遇到了其他无法预料的情况.如果文件已经"
+                                                      "\r\n复制了一部份，请重新启动Vindaro并再次选择该 "
+                                                      "\r\n文件然后以追加方式继续复制剩余的部分，若仍然存在"
+                                                      "\r\n问题，请检查文件的访问权限.");
+    const QString undescribedCopyEntry = copyHead
+        + QStringLiteral("错误原因：未知错误，可能是目标文件中含有非法字符 \r\n") + kIndent
+        + QStringLiteral("或是在文件复制过程当中遇到了其他无法预料的情况 。");
+    enum Where
+    {
+        Read, // the source's read at byte 151
+        Write, // the destination's write past 150 bytes
+        Sync, // the destination's sync (before the finish)
+        Close, // the destination's close (after the first pass)
+    };
     struct Row
     {
         const char* name;
+        Where where;
         int error;
         QString description;
         bool merge;
@@ -272,66 +291,87 @@ TEST_F(BlockCopierTest, FailuresShowTheirBoxAndLogTheirCause)
         QString entry; // empty: nothing logged
     };
     const QList<Row> rows = {
-        {"disk full", ENOSPC, "x", false, false, QStringLiteral("磁盘已满，没有足够的可用空间用来复制文件。"),
+        {"disk full", Write, ENOSPC, "x", false, false,
+            QStringLiteral("磁盘已满，没有足够的可用空间用来复制文件。"),
             copyHead + QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来复制文件。")},
-        {"disk full merge", ENOSPC, "x", true, false,
+        {"disk full merge", Write, EDQUOT, "x", true, false,
             QStringLiteral("磁盘已满，没有足够的可用空间用来合并文件。"),
             mergeHead + QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来合并文件。")},
-        {"bad record", ESPIPE, "x", false, false, QStringLiteral("未知错误，请检查文件访问权限。"),
+        {"bad record", Read, ESPIPE, "x", false, false, QStringLiteral("未知错误，请检查文件访问权限。"),
             copyHead + QStringLiteral("错误原因：未知错误，可能是文件拒绝访问权限。")},
-        {"permission", EACCES, "x", false, false,
+        {"permission", Write, EACCES, "x", false, false,
             QStringLiteral("无法复制 ") + kSource
                 + QStringLiteral("\r\n共享冲突,源文件或目标文件可能正在使用。"),
             copyHead + QStringLiteral("错误原因：共享冲突,源文件或目标文件可能正在使用。")},
-        {"permission merge", EBUSY, "x", true, false,
+        {"permission merge", Read, EBUSY, "x", true, false,
             QStringLiteral("无法合并 ") + kSource
                 + QStringLiteral("\r\n共享冲突,源文件或目标文件可能正在使用。"),
             mergeHead + QStringLiteral("错误原因：共享冲突,源文件或目标文件可能正在使用。")},
-        {"no medium", ENOMEDIUM, "x", false, false,
-            QStringLiteral("复制文件被意外地终止，请检查光驱中是否有光盘。"),
+        {"source without its disc", Read, ENOMEDIUM, "x", false, true, cdCopy,
             copyHead + QStringLiteral("错误原因：复制文件被意外地终止，请检查光驱中是否有光盘。")},
-        {"cd not ready merge", EMLINK, "x", true, true,
+        {"source gone, not on an optical drive", Read, ENODEV, "x", false, false,
+            QStringLiteral("[71].磁盘未准备好"), {}},
+        {"cd not ready merge", Read, EMLINK, "x", true, true,
             QStringLiteral("合并文件被意外地终止，请检查光驱中是否有光盘。"),
             mergeHead + QStringLiteral("错误原因：合并文件被意外地终止，光驱中可能没有光盘。")},
-        {"described", EMLINK, QStringLiteral("Too many links"), false, false,
+        {"described", Read, EMLINK, QStringLiteral("Too many links"), false, false,
             QStringLiteral("[31].Too many links"), {}},
-        {"undescribed", EMLINK, {}, false, false,
-            QStringLiteral("未知错误，可能是目标文件中含有非法字符或是在文件 "
-                           "\r\n复制过程当中遇到了其他无法预料的情况.如果文件已经"
-                           "\r\n复制了一部份，请重新启动Vindaro并再次选择该 "
-                           "\r\n文件然后以追加方式继续复制剩余的部分，若仍然存在"
-                           "\r\n问题，请检查文件的访问权限."),
-            copyHead + QStringLiteral("错误原因：未知错误，可能是目标文件中含有非法字符 \r\n") + kIndent
-                + QStringLiteral("或是在文件复制过程当中遇到了其他无法预料的情况 。")},
-        {"undescribed merge", EMLINK, {}, true, false,
+        {"undescribed", Read, EMLINK, {}, false, false, undescribedCopyBox, undescribedCopyEntry},
+        {"undescribed merge", Read, EMLINK, {}, true, false,
             QStringLiteral("未知错误，可能是目标文件中含有非法字符或是在文件 "
                            "\r\n合并过程当中遇到了其他无法预料的情况.如果文件已经"
                            "\r\n合并了一部份，请重新启动Vindaro，若仍然存在\r\n问题，请检查文件的访问权限."),
             mergeHead + QStringLiteral("错误原因：未知错误，可能是目标文件中含有非法字符或是 \r\n") + kIndent
                 + QStringLiteral("在文件合并过程当中遇到了其他无法预料的情况 。")},
+        // the destination's own failures: never a skip, never the disc texts, even with the source's
+        // drive not ready
+        {"write EIO", Write, EIO, QStringLiteral("Input/output error"), false, true,
+            QStringLiteral("[5].Input/output error"), {}},
+        {"write ETIMEDOUT merge", Write, ETIMEDOUT, QStringLiteral("Connection timed out"), true, false,
+            QStringLiteral("[110].Connection timed out"), {}},
+        {"write ENODEV", Write, ENODEV, QStringLiteral("No such device"), false, true,
+            QStringLiteral("[19].No such device"), {}},
+        {"write ENOMEDIUM", Write, ENOMEDIUM, QStringLiteral("No medium found"), false, true,
+            QStringLiteral("[123].No medium found"), {}},
+        {"write EBADF", Write, EBADF, QStringLiteral("Bad file descriptor"), false, false,
+            QStringLiteral("[9].Bad file descriptor"), {}},
+        {"write EIO undescribed", Write, EIO, {}, false, true, undescribedCopyBox, undescribedCopyEntry},
+        {"sync EIO", Sync, EIO, QStringLiteral("Input/output error"), false, false,
+            QStringLiteral("[5].Input/output error"), {}},
+        {"close ESTALE", Close, ESTALE, QStringLiteral("Stale file handle"), false, true,
+            QStringLiteral("[116].Stale file handle"), {}},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         files.reset();
+        store.records.clear();
         host = {};
         files.put(kSource, positionBytes(500));
         files.put(kDest, QByteArray());
-        files.faults(kDest).writeLimit = 150; // the destination fails after 150 bytes
-        files.faults(kDest).writeErrno = row.error;
-        files.faults(kDest).writeText = row.description;
+        auto& f = row.where == Read ? files.faults(kSource) : files.faults(kDest);
+        switch (row.where) {
+        case Read:
+            f.badReads = {ByteRange{150, 1}};
+            f.readErrno = row.error;
+            f.readText = row.description;
+            break;
+        case Write:
+            f.writeLimit = 150;
+            f.writeErrno = row.error;
+            break;
+        case Sync:
+            f.syncErrno = row.error;
+            break;
+        case Close:
+            f.closeErrno = row.error;
+            break;
+        }
+        if (row.where != Read)
+            f.writeText = row.description;
         cdRomNotReady = row.cdRomNotReady;
         start(100);
         state.mergePosition = 1;
-        // rows without a description fail on the first read, the others on a write past 150 bytes
-        const CopyOutcome outcome = [&] {
-            if (row.description.isEmpty()) {
-                files.faults(kSource).badReads = {ByteRange{0, 1}};
-                files.faults(kSource).readErrno = row.error;
-                files.faults(kSource).readText = row.description;
-                files.faults(kDest).writeLimit = -1;
-            }
-            return row.merge ? copier.mergeBlocks(kSource, kDest, 100) : copy();
-        }();
+        const CopyOutcome outcome = row.merge ? copier.mergeBlocks(kSource, kDest, 100) : copy();
         EXPECT_EQ(outcome, CopyOutcome::Failed);
         ASSERT_EQ(host.boxes.size(), 1);
         EXPECT_EQ(host.boxes[0].text, row.box);
@@ -339,12 +379,87 @@ TEST_F(BlockCopierTest, FailuresShowTheirBoxAndLogTheirCause)
             row.merge ? QStringLiteral("合并文件时出错！") : QStringLiteral("复制文件时出错！"));
         EXPECT_EQ(host.boxes[0].icon, platform::BoxIcon::Critical);
         if (row.entry.isEmpty())
-            EXPECT_TRUE(host.entries.isEmpty());
+            EXPECT_TRUE(host.entries.isEmpty()) << host.entries.join('|').toStdString();
         else
             EXPECT_EQ(host.entries, QStringList{row.entry});
         EXPECT_EQ(host.switches, QStringList{QStringLiteral("idle")});
         EXPECT_EQ(files.openFiles(), 0);
+        // a failing destination keeps a record to go on from later; a failing source leaves none
+        EXPECT_EQ(store.records.contains(kDest), row.where != Read);
     }
+}
+
+// After a failing destination the record names only bytes the device has confirmed: where the last sync
+// succeeded (at a skip, or the failure itself when the device still answers), never the block that failed.
+TEST_F(BlockCopierTest, ADestinationFailureKeepsARecordOfWhatIsOnTheDevice)
+{
+    const struct
+    {
+        const char* name;
+        bool syncFailsAfterTheSkip;
+        bool merge;
+        qint64 continuePosition;
+        qint64 writePosition;
+    } rows[] = {
+        // the round at 1401 fails; the device still syncs, so everything before it counts
+        {"device answers", false, false, 1401, 0},
+        // the device no longer syncs: only what was synced at the skip (before the round at 201) counts
+        {"device gone", true, false, 201, 0},
+        // a merge records both positions: read 201, write 4 + 200 (the skip does not move the write)
+        {"merge, device gone", true, true, 201, 204},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        files.reset();
+        store.records.clear();
+        host = {};
+        files.put(kSource, positionBytes(3000));
+        files.put(kDest, row.merge ? QByteArray("abc") : QByteArray());
+        files.faults(kSource).badReads = {ByteRange{250, 1}}; // the round at 201: skipped to 1001
+        files.faults(kDest).writeLimit = row.merge ? 1000 : 1450;
+        files.faults(kDest).writeErrno = EIO;
+        host.onYield = [&] {
+            if (row.syncFailsAfterTheSkip && state.position > 1000)
+                files.faults(kDest).syncErrno = EIO;
+        };
+        start(100, 1);
+        state.mergePosition = 4;
+        state.elapsedSeconds = 3;
+        const CopyOutcome outcome = row.merge ? copier.mergeBlocks(kSource, kDest, 100) : copy();
+        EXPECT_EQ(outcome, CopyOutcome::Failed);
+        EXPECT_EQ(host.entries, QStringList{QStringLiteral("文件跳过：1,001字节")});
+        ASSERT_TRUE(store.records.contains(kDest));
+        const ResumeRecord& r = store.records[kDest];
+        EXPECT_EQ(r.continuePosition, row.continuePosition);
+        EXPECT_EQ(r.merge, row.merge);
+        EXPECT_EQ(r.writePosition, row.writePosition);
+        EXPECT_EQ(r.elapsedSeconds, 3);
+    }
+}
+
+// The bytes are on the device before the finish box says so, and before a kept file's record is saved.
+TEST_F(BlockCopierTest, TheDestinationIsSyncedBeforeTheFinishAndBeforeARecord)
+{
+    files.put(kSource, positionBytes(1000));
+    QList<int> syncsAtBox;
+    host.onBox = [&](const platform::MessageBox&) { syncsAtBox << files.syncCount(kDest); };
+    start(100);
+    EXPECT_EQ(copy(), CopyOutcome::Finished);
+    EXPECT_EQ(syncsAtBox, QList<int>{1}); // one sync for the whole copy, before the box
+
+    files.reset();
+    host = {};
+    syncsAtBox.clear();
+    host.onBox = [&](const platform::MessageBox&) { syncsAtBox << files.syncCount(kDest); };
+    files.put(kSource, positionBytes(1000));
+    host.onYield = [&] {
+        state.stopRequested = true;
+        state.cancelRequested = true;
+    };
+    start(100);
+    EXPECT_EQ(copy(), CopyOutcome::Cancelled); // the question is answered No: kept with a record
+    EXPECT_EQ(syncsAtBox, QList<int>{1});
+    EXPECT_TRUE(store.records.contains(kDest));
 }
 
 TEST_F(BlockCopierTest, InvalidArgumentAsksAndRetriesTheSameRound)

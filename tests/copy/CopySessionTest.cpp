@@ -326,4 +326,52 @@ TEST_F(CopySessionTest, PausedMergeGoesOnAsAMerge)
     EXPECT_EQ(files.bytes(kDest), QByteArray("head") + data);
 }
 
+// A merge cancelled with "keep" and continued from its record goes on as a merge: the result is byte for
+// byte that of a merge never interrupted, an unreadable stretch skipped in both.
+TEST_F(CopySessionTest, AMergeContinuedFromItsRecordEndsAsAnUninterruptedMerge)
+{
+    using fake::ByteRange;
+    const QString whole = QStringLiteral("/home/u/video/whole.dat");
+    for (const bool withScratch : {false, true}) {
+        SCOPED_TRACE(withScratch ? "with a skipped stretch" : "clean");
+        files.reset();
+        store.records.clear();
+        files.putGenerated(kCdSource, 2'000'000);
+        if (withScratch)
+            files.faults(kCdSource).badReads = {ByteRange{1'200'000, 1}};
+        state.skipBlocks = 1;
+        for (const QString& d : {kDest, whole})
+            files.put(d, QByteArray("head"));
+
+        host = {};
+        host.existingAnswers = {3};
+        ASSERT_EQ(session.startCopy(kCdSource, whole),
+            withScratch ? CopyOutcome::FinishedWithSkips : CopyOutcome::Finished);
+
+        host = {};
+        host.existingAnswers = {3};
+        host.answers = {platform::kAnswerNo}; // keep the partial file
+        host.onYield = [&] {
+            if (host.yields == 5) {
+                state.stopRequested = true;
+                state.cancelRequested = true;
+            }
+        };
+        ASSERT_EQ(session.startCopy(kCdSource, kDest), CopyOutcome::Cancelled);
+        ASSERT_TRUE(store.records.contains(kDest));
+        EXPECT_TRUE(store.records[kDest].merge);
+        EXPECT_EQ(store.records[kDest].continuePosition, 5 * 40960 + 1);
+        EXPECT_EQ(store.records[kDest].writePosition, 5 * 40960 + 5);
+
+        host = {};
+        host.continueAnswers = {2};
+        EXPECT_EQ(session.startCopy(kCdSource, kDest),
+            withScratch ? CopyOutcome::FinishedWithSkips : CopyOutcome::Finished);
+        EXPECT_EQ(host.boxes.last().title, QStringLiteral("文件合并完成！"));
+        EXPECT_EQ(files.bytes(kDest), files.bytes(whole));
+        EXPECT_EQ(files.bytes(kDest).first(4), QByteArray("head"));
+        EXPECT_FALSE(store.records.contains(kDest));
+    }
+}
+
 } // namespace

@@ -39,12 +39,46 @@ TEST(ErrorClass, SortsLinuxErrorsIntoTheEngineClasses)
         {EMLINK, kOtherError},
     };
     for (const auto& row : table) {
-        const FileError e = classify(platform::IoResult::failure(row.error, QStringLiteral("x")));
+        const FileError e
+            = classify(platform::IoResult::failure(row.error, QStringLiteral("x")), IoSide::Source);
         EXPECT_EQ(e.errorClass, row.errorClass) << "errno " << row.error;
         if (row.errorClass == kOtherError)
             EXPECT_EQ(e.code, row.error);
         else
             EXPECT_EQ(e.code, row.errorClass);
+    }
+}
+
+// The file being written has no unreadable stretches and no disc: only disk full and permission keep
+// their classes, everything else is "other" with the errno and the system's own text.
+TEST(ErrorClass, DestinationFailuresAreNeverSkippedOrTakenForAMissingDisc)
+{
+    const struct
+    {
+        int error;
+        int errorClass;
+    } table[] = {
+        {ENOSPC, kDiskFull},
+        {EDQUOT, kDiskFull},
+        {EACCES, kPermissionDenied},
+        {EROFS, kPermissionDenied},
+        {EIO, kOtherError},
+        {ETIMEDOUT, kOtherError},
+        {EBADF, kOtherError},
+        {EINVAL, kOtherError},
+        {ENODEV, kOtherError},
+        {ENOMEDIUM, kOtherError},
+        {ESTALE, kOtherError},
+    };
+    for (const auto& row : table) {
+        const FileError e = classify(
+            platform::IoResult::failure(row.error, QStringLiteral("sys text")), IoSide::Destination);
+        EXPECT_EQ(e.errorClass, row.errorClass) << "errno " << row.error;
+        EXPECT_EQ(e.side, IoSide::Destination);
+        if (row.errorClass == kOtherError) {
+            EXPECT_EQ(e.code, row.error);
+            EXPECT_EQ(e.description, QStringLiteral("sys text"));
+        }
     }
 }
 

@@ -1,6 +1,7 @@
 // vindaro-copy over a file layer with injected faults, for the end-to-end tests only:
 //   VINDARO_TEST_BAD_RANGES="offset:length,..."  reads touching these 0-based ranges fail with EIO
 //   VINDARO_TEST_HANG_AT_READ=N                  the Nth read prints "HANG" on stderr and waits for a signal
+//   VINDARO_TEST_HANG_FOREVER=1                  ...and never returns, whatever signals come
 #include "copy/cli/CopyTool.h"
 #include "platform/linux/LocalFileLayer.h"
 
@@ -23,12 +24,13 @@ struct Range
 class FaultyFile final : public platform::RandomAccessFile
 {
 public:
-    FaultyFile(
-        std::unique_ptr<platform::RandomAccessFile> inner, const QList<Range>& bad, int& reads, int hangAt)
+    FaultyFile(std::unique_ptr<platform::RandomAccessFile> inner, const QList<Range>& bad, int& reads,
+        int hangAt, bool hangsForever)
         : m_inner(std::move(inner))
         , m_bad(bad)
         , m_reads(reads)
         , m_hangAt(hangAt)
+        , m_forever(hangsForever)
     {
     }
     platform::IoResult readAt(qint64 offset, char* data, qint64 maxBytes) override
@@ -36,7 +38,9 @@ public:
         if (++m_reads == m_hangAt) {
             std::fputs("HANG\n", stderr);
             std::fflush(stderr);
-            ::pause(); // a read stuck on a bad sector, until the user presses Ctrl-C
+            do
+                ::pause(); // a read stuck on a bad sector, until the user presses Ctrl-C
+            while (m_forever);
         }
         for (const Range& r : m_bad) {
             if (offset < r.offset + r.length && r.offset < offset + maxBytes)
@@ -48,12 +52,15 @@ public:
     {
         return m_inner->writeAt(offset, data, bytes);
     }
+    platform::IoResult sync() override { return m_inner->sync(); }
+    platform::IoResult close() override { return m_inner->close(); }
 
 private:
     std::unique_ptr<platform::RandomAccessFile> m_inner;
     const QList<Range>& m_bad;
     int& m_reads;
     int m_hangAt;
+    bool m_forever;
 };
 
 class FaultyLayer final : public platform::LocalFileLayer
@@ -62,13 +69,14 @@ public:
     QList<Range> bad;
     int reads = 0;
     int hangAt = -1;
+    bool hangForever = false;
     std::unique_ptr<platform::RandomAccessFile> openForReading(
         const QString& path, platform::IoResult& result) override
     {
         auto inner = LocalFileLayer::openForReading(path, result);
         if (!inner)
             return inner;
-        return std::make_unique<FaultyFile>(std::move(inner), bad, reads, hangAt);
+        return std::make_unique<FaultyFile>(std::move(inner), bad, reads, hangAt, hangForever);
     }
 };
 
@@ -86,5 +94,6 @@ int main(int argc, char** argv)
     }
     if (qEnvironmentVariableIsSet("VINDARO_TEST_HANG_AT_READ"))
         files.hangAt = qEnvironmentVariableIntValue("VINDARO_TEST_HANG_AT_READ");
+    files.hangForever = qEnvironmentVariableIsSet("VINDARO_TEST_HANG_FOREVER");
     return copy::runCopyTool(app.arguments().mid(1), files);
 }

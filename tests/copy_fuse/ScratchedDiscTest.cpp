@@ -1,3 +1,5 @@
+#include "FuseMount.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -15,37 +17,15 @@ char patternByte(qint64 offset)
 }
 
 // A file system whose one file fails with EIO where it is scratched, mounted for the life of the object.
-class ScratchedDisc
+class ScratchedDisc : public FuseMount
 {
 public:
     ScratchedDisc(const QString& mountPoint, qint64 size, const QString& scratches)
-        : m_mountPoint(mountPoint)
+        : FuseMount(QStringLiteral(SCRATCHED_DISC_FS), mountPoint, {QString::number(size), scratches},
+            [mountPoint, size] { return QFileInfo(mountPoint + QStringLiteral("/disc.dat")).size() == size; })
     {
-        QDir().mkpath(mountPoint);
-        m_fs.start(QStringLiteral(SCRATCHED_DISC_FS), {mountPoint, QString::number(size), scratches});
-        m_mounted = m_fs.waitForStarted(10000)
-            && QTest::qWaitFor(
-                [&] { return m_fs.state() != QProcess::Running || QFileInfo(file()).size() == size; }, 10000)
-            && m_fs.state() == QProcess::Running;
     }
-    ~ScratchedDisc()
-    {
-        if (m_fs.state() == QProcess::Running) {
-            QProcess::execute(QStringLiteral("fusermount3"), {QStringLiteral("-u"), m_mountPoint});
-            if (!m_fs.waitForFinished(10000)) {
-                m_fs.kill();
-                m_fs.waitForFinished(10000);
-            }
-        }
-    }
-    bool mounted() const { return m_mounted; }
-    QString why() { return QString::fromLocal8Bit(m_fs.readAllStandardError()); }
-    QString file() const { return m_mountPoint + QStringLiteral("/disc.dat"); }
-
-private:
-    QString m_mountPoint;
-    QProcess m_fs;
-    bool m_mounted = false;
+    QString file() const { return path(QStringLiteral("disc.dat")); }
 };
 
 // The promise of the program, end to end on real system calls: reads of a scratched stretch fail with EIO

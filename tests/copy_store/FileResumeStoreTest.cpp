@@ -60,6 +60,8 @@ TEST_F(FileResumeStoreTest, ANewInstanceReadsWhatAnEarlierOneWrote)
     big.estimatedSeconds = 40000;
     big.elapsedSeconds = 32767;
     big.speedKBps = -1;
+    big.merge = true; // a merge's record keeps where it writes
+    big.writePosition = 6'000'000'001;
     {
         FileResumeStore writer = store();
         ASSERT_TRUE(writer.save(QStringLiteral("/disc/AVSEQ01.DAT"), big))
@@ -71,7 +73,23 @@ TEST_F(FileResumeStoreTest, ANewInstanceReadsWhatAnEarlierOneWrote)
     EXPECT_EQ(loaded, big);
     EXPECT_EQ(loaded.continuePosition, 5'000'000'000);
     EXPECT_EQ(loaded.copiedPosition, (qint64(1) << 62) + 1);
+    EXPECT_EQ(loaded.writePosition, 6'000'000'001);
     EXPECT_FALSE(reader.load(QStringLiteral("/disc/AVSEQ02.DAT"), loaded));
+}
+
+// Records written before merges were recorded have neither field: they are a plain copy's.
+TEST_F(FileResumeStoreTest, ARecordWithoutTheMergeFieldsIsAPlainCopys)
+{
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(storePath()).absolutePath()));
+    ASSERT_TRUE(writeAll(storePath(),
+        R"({"format": "vindaro-resume", "version": 1, "records": {"/out/a.dat": {"continuePosition": 40961,
+        "copiedPosition": 40961, "estimatedSeconds": 9, "elapsedSeconds": 3, "speedKBps": 12,
+        "savedUtc": "2024-05-01T09:00:00Z"}}})"));
+    ResumeRecord loaded;
+    ASSERT_TRUE(store().load(QStringLiteral("/out/a.dat"), loaded));
+    EXPECT_EQ(loaded.continuePosition, 40961);
+    EXPECT_FALSE(loaded.merge);
+    EXPECT_EQ(loaded.writePosition, 0);
 }
 
 TEST_F(FileResumeStoreTest, NoStoreFileMeansNoRecordAndRemoveCreatesNothing)
@@ -212,7 +230,10 @@ class BadRecordTest : public FileResumeStoreTest, public ::testing::WithParamInt
 TEST_P(BadRecordTest, OnlyThatRecordIsLost)
 {
     ASSERT_TRUE(store().save(QStringLiteral("/out/good.dat"), record(10)));
-    ASSERT_TRUE(store().save(QStringLiteral("/out/bad.dat"), record(20)));
+    ResumeRecord merge = record(20); // a merge's, so its own fields can be spoilt too
+    merge.merge = true;
+    merge.writePosition = 500;
+    ASSERT_TRUE(store().save(QStringLiteral("/out/bad.dat"), merge));
     QByteArray text = readAll(storePath());
     // Replace the value of one field of the bad record; the writer puts keys in sorted order, one per line.
     const qsizetype recordAt = text.indexOf("\"/out/bad.dat\"");
@@ -237,7 +258,8 @@ INSTANTIATE_TEST_SUITE_P(FileResumeStore, BadRecordTest,
     ::testing::Values(BadField{"continuePosition", "-1"}, BadField{"continuePosition", "1.5"},
         BadField{"continuePosition", "\"100\""}, BadField{"copiedPosition", "null"},
         BadField{"elapsedSeconds", "3000000000"}, BadField{"speedKBps", "true"},
-        BadField{"savedUtc", "\"yesterday\""}));
+        BadField{"savedUtc", "\"yesterday\""}, BadField{"merge", "1"}, BadField{"writePosition", "0"},
+        BadField{"writePosition", "null"}));
 
 TEST_F(FileResumeStoreTest, RecordsExpireAfterTheAgeLimitAndAreDroppedAtTheNextSave)
 {

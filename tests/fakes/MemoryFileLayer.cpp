@@ -26,7 +26,11 @@ public:
         , m_writable(writable)
     {
     }
-    ~MemoryFile() override { m_layer.closed(); }
+    ~MemoryFile() override
+    {
+        if (!m_closed)
+            m_layer.closed();
+    }
     IoResult readAt(qint64 offset, char* data, qint64 maxBytes) override
     {
         return m_layer.read(m_path, offset, data, maxBytes);
@@ -37,8 +41,23 @@ public:
             return IoResult::failure(EBADF, QStringLiteral("Bad file descriptor"));
         return m_layer.write(m_path, offset, data, count);
     }
+    IoResult sync() override
+    {
+        if (!m_writable)
+            return IoResult();
+        return m_layer.sync(m_path);
+    }
+    IoResult close() override
+    {
+        if (m_closed)
+            return IoResult();
+        m_closed = true;
+        m_layer.closed();
+        return m_writable ? m_layer.close(m_path) : IoResult();
+    }
 
 private:
+    bool m_closed = false;
     MemoryFileLayer& m_layer;
     QString m_path;
     bool m_writable;
@@ -282,6 +301,31 @@ IoResult MemoryFileLayer::write(const QString& path, qint64 offset, const char* 
     }
     result.bytes = allowed;
     return result;
+}
+
+int MemoryFileLayer::syncCount(const QString& path) const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_files.value(path).syncs;
+}
+
+IoResult MemoryFileLayer::sync(const QString& path)
+{
+    QMutexLocker lock(&m_mutex);
+    Entry& e = m_files[path];
+    if (e.faults.syncErrno != 0)
+        return IoResult::failure(e.faults.syncErrno, e.faults.writeText);
+    ++e.syncs;
+    return IoResult();
+}
+
+IoResult MemoryFileLayer::close(const QString& path)
+{
+    QMutexLocker lock(&m_mutex);
+    const Faults& f = m_files[path].faults;
+    if (f.closeErrno != 0)
+        return IoResult::failure(f.closeErrno, f.writeText);
+    return IoResult();
 }
 
 void MemoryFileLayer::closed()

@@ -35,6 +35,8 @@ public:
         qint64 writeLimit = -1; // -1: no limit
         int writeErrno = 28; // ENOSPC
         QString writeText = QStringLiteral("No space left on device");
+        int syncErrno = 0; // sync() of a file open for update fails with this (a write-back failure)
+        int closeErrno = 0; // close() of a file open for update fails with this
         int openReadErrno = 0;
         int openUpdateErrno = 0;
         int lengthErrno = 0;
@@ -57,6 +59,7 @@ public:
     int maxOpenFiles() const; // the most ever open at once
     qint64 largestRead() const;
     QList<qint64> readOffsets(const QString& path) const;
+    int syncCount(const QString& path) const; // successful syncs of the file
 
     std::unique_ptr<platform::RandomAccessFile> openForReading(
         const QString& path, platform::IoResult& result) override;
@@ -79,9 +82,12 @@ private:
         qint64 mismatches = 0;
         Faults faults;
         QList<qint64> readOffsets;
+        int syncs = 0;
     };
     platform::IoResult read(const QString& path, qint64 offset, char* data, qint64 maxBytes);
     platform::IoResult write(const QString& path, qint64 offset, const char* data, qint64 count);
+    platform::IoResult sync(const QString& path);
+    platform::IoResult close(const QString& path);
     void closed();
 
     mutable QMutex m_mutex;

@@ -12,8 +12,11 @@
 #include <QFileInfo>
 #include <QTextStream>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <fcntl.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -56,7 +59,7 @@ const char* const kHelp = R"(用法：vindaro-copy [选项] 源文件 目标文�
 
 输出：日志条目（“文件跳过：”等）写到标准输出；进度行（已复制、已用时间、剩余时间、估计消耗、
 存取速度）写到标准错误。按 Ctrl-C 取消复制：已复制的部分保留，并保存续拷记录，
-以后用 --existing continue 继续。再按一次 Ctrl-C 立即退出。
+以后用 --existing continue 继续。再按一次 Ctrl-C 立即退出（读取卡住时也保存续拷记录）。
 
 退出状态：0 复制完成；1 复制完成，但跳过了读不出的部分；2 已取消；3 复制失败（批量复制时有文件失败）；
           4 没有开始复制（目标文件已存在、空间不足或路径无效）；64 用法错误。
@@ -64,11 +67,18 @@ const char* const kHelp = R"(用法：vindaro-copy [选项] 源文件 目标文�
 
 copy::CopyState* g_state = nullptr;
 volatile std::sig_atomic_t g_interrupts = 0;
+volatile std::sig_atomic_t g_quitPipe = -1; // written to by a second Ctrl-C when a watcher listens
 
 void onInterrupt(int)
 {
-    if (++g_interrupts > 1)
+    if (++g_interrupts > 1) {
+        if (g_interrupts == 2 && g_quitPipe >= 0) {
+            const char wake = 1;
+            if (::write(g_quitPipe, &wake, 1) == 1)
+                return; // the watcher saves the record and ends the process
+        }
         ::_exit(128 + SIGINT);
+    }
     // Lock-free atomics: safe to store from a signal handler. The loop leaves after the block in progress.
     g_state->cancelRequested.store(true);
     g_state->stopRequested.store(true);
@@ -85,6 +95,25 @@ void installInterruptHandler(copy::CopyState& state)
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+}
+
+// A second Ctrl-C usually means the copy hangs in a read. Nothing but exiting is safe in a signal
+// handler, so a thread waits for it here: it stops the copy from writing anything more, saves the record
+// of what was written, and ends the process without waiting for the stuck read. A third Ctrl-C exits
+// at once, should even that hang.
+void watchForQuit(copy::BlockCopier& copier)
+{
+    int fds[2];
+    if (::pipe2(fds, O_CLOEXEC) != 0)
+        return; // a second Ctrl-C then exits at once, as before
+    std::thread([&copier, readEnd = fds[0]] {
+        char wake = 0;
+        while (::read(readEnd, &wake, 1) < 0 && errno == EINTR) { }
+        copier.abandon();
+        copier.saveRecordOnQuit();
+        ::_exit(128 + SIGINT);
+    }).detach();
+    g_quitPipe = fds[1];
 }
 
 bool parseNumber(const QString& text, int low, int high, int& value)
@@ -246,6 +275,7 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files)
         resumeStore.remove(destination); // the choice on the command line stands above an old record
 
     installInterruptHandler(state);
+    watchForQuit(session.copier());
 
     switch (session.startCopy(source, destination)) {
     case copy::CopyOutcome::Finished:

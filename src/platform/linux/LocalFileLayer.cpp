@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vindaro::platform {
 
@@ -32,7 +33,7 @@ public:
         : m_fd(fd)
     {
     }
-    ~PosixFile() override { ::close(m_fd); }
+    ~PosixFile() override { close(); }
 
     IoResult readAt(qint64 offset, char* data, qint64 maxBytes) override
     {
@@ -72,6 +73,29 @@ public:
             result.bytes += n;
         }
         return result;
+    }
+
+    IoResult sync() override
+    {
+        int r;
+        do {
+            r = ::fdatasync(m_fd);
+        } while (r != 0 && errno == EINTR);
+        if (r != 0 && errno != EINVAL) // EINVAL: a file that cannot be synced (a pipe): nothing to wait for
+            return lastFailure();
+        return IoResult();
+    }
+
+    IoResult close() override
+    {
+        if (m_fd < 0)
+            return IoResult();
+        const int fd = std::exchange(m_fd, -1);
+        // Not retried on EINTR: on Linux the descriptor is gone either way, and a retry could close a
+        // descriptor another thread has just been given.
+        if (::close(fd) != 0 && errno != EINTR)
+            return lastFailure();
+        return IoResult();
     }
 
 private:
@@ -169,7 +193,7 @@ IoResult LocalFileLayer::copyWhole(const QString& source, const QString& destina
             return w;
         offset += r.bytes;
     }
-    return IoResult();
+    return out.close();
 }
 
 IoResult LocalFileLayer::truncate(const QString& path)
