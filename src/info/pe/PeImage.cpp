@@ -106,12 +106,20 @@ struct TypeNode
     QList<ResourceId> names; // in directory order
 };
 
-// Resource names compare as the platform's lookup compares them: numbers exactly, names ignoring case.
-bool sameResource(const ResourceId& a, const ResourceId& b)
+QString exactKey(const ResourceId& id)
 {
-    if (a.isInteger != b.isInteger)
-        return false;
-    return a.isInteger ? a.number == b.number : QString::compare(a.name, b.name, Qt::CaseInsensitive) == 0;
+    return id.isInteger ? QStringLiteral("#%1").arg(id.number) : QLatin1Char('$') + id.name;
+}
+
+// A key of (type, name) equal for ids the lookup takes as the same: numbers exactly, names ignoring case
+// as the platform's lookup does.
+QString lookupKey(const ResourceId& type, const ResourceId& name)
+{
+    auto part = [](const ResourceId& id) {
+        return id.isInteger ? QStringLiteral("#%1").arg(id.number)
+                            : QLatin1Char('$') + id.name.toCaseFolded();
+    };
+    return part(type) + QChar(0) + part(name);
 }
 
 // A decimal number of 1 to 5 digits up to 65535, nothing else (no sign, no blank).
@@ -143,9 +151,24 @@ struct PeImage::Impl
     QList<Section> sections;
     QList<TypeNode> types;
     QList<ResourceEntry> leaves;
+    // The first leaf of each (type, name) as the lookup compares them, so a tree of thousands of
+    // resources is sized one lookup at a time without a walk over all leaves.
+    QHash<QString, qsizetype> firstLeaf;
+    QHash<QString, QList<qsizetype>> typeNodes; // the nodes of each type (a damaged file may repeat one)
 
     void read(Reader& reader);
     void readResources(Reader& reader, quint32 directoryRva);
+    void index()
+    {
+        firstLeaf.reserve(leaves.size());
+        for (qsizetype i = 0; i < types.size(); ++i)
+            typeNodes[exactKey(types.at(i).type)].push_back(i);
+        for (qsizetype i = 0; i < leaves.size(); ++i) {
+            const QString key = lookupKey(leaves.at(i).type, leaves.at(i).name);
+            if (!firstLeaf.contains(key))
+                firstLeaf.insert(key, i);
+        }
+    }
 
     // The file offset of `length` bytes at `rva`, when they lie in the file's bytes of one section (or in
     // the headers). Bytes a section has only in memory (past its raw size) are not in the file.
@@ -335,6 +358,7 @@ PeImage PeImage::fromFile(const QString& path)
         return image;
     Reader reader(&file);
     image.d->read(reader);
+    image.d->index();
     return image;
 }
 
@@ -344,6 +368,7 @@ PeImage PeImage::fromBytes(const QByteArray& bytes)
     image.d->bytes = bytes;
     Reader reader(bytes);
     image.d->read(reader);
+    image.d->index();
     return image;
 }
 
@@ -379,10 +404,8 @@ QList<ResourceId> PeImage::resourceTypes() const
 QList<ResourceId> PeImage::resourceNames(const ResourceId& type) const
 {
     QList<ResourceId> names;
-    for (const TypeNode& node : d->types) {
-        if (node.type == type)
-            names += node.names;
-    }
+    for (const qsizetype node : d->typeNodes.value(exactKey(type)))
+        names += d->types.at(node).names;
     return names;
 }
 
@@ -405,10 +428,9 @@ std::optional<ResourceEntry> PeImage::find(const QString& typeText, const QStrin
 
 std::optional<ResourceEntry> PeImage::find(const ResourceId& type, const ResourceId& name) const
 {
-    for (const ResourceEntry& entry : d->leaves) {
-        if (sameResource(entry.type, type) && sameResource(entry.name, name))
-            return entry;
-    }
+    const auto found = d->firstLeaf.constFind(lookupKey(type, name));
+    if (found != d->firstLeaf.constEnd())
+        return d->leaves.at(found.value());
     return std::nullopt;
 }
 
