@@ -18,6 +18,8 @@ constexpr int kMaxSections = 96;
 constexpr quint32 kMaxEntriesPerDirectory = 65536;
 constexpr qint64 kMaxEntriesVisited = 4194304;
 constexpr qsizetype kMaxLeaves = 262144;
+// All names together: 16 Mi UTF-16 units (a name has at most 65,535).
+constexpr qint64 kMaxNameUnits = 16 * 1024 * 1024;
 constexpr quint32 kHighBit = 0x80000000u;
 
 // Random-access reads of the module, all or nothing. From a file, pages of 64 KiB are read when first
@@ -287,14 +289,22 @@ void PeImage::Impl::readResources(Reader& reader, quint32 directoryRva)
         }
         return entries;
     };
+    // Names are read once per offset; all names together are capped, so a hostile directory whose entries
+    // all name one long text, or overlapping long texts, cannot make the walk copy gigabytes.
+    QHash<quint32, QString> namesByOffset;
+    qint64 nameUnitsRead = 0;
     auto id = [&](quint32 field) -> std::optional<ResourceId> {
         if (!(field & kHighBit))
             return ResourceId::fromNumber(static_cast<quint16>(field));
         const quint32 offset = field & ~kHighBit;
+        const auto known = namesByOffset.constFind(offset);
+        if (known != namesByOffset.constEnd())
+            return ResourceId::fromName(known.value());
         const auto lengthAt = at(offset, 2);
         const auto length = lengthAt ? reader.u16(*lengthAt) : std::nullopt;
-        if (!length)
+        if (!length || nameUnitsRead + *length > kMaxNameUnits)
             return std::nullopt;
+        nameUnitsRead += *length;
         const auto textAt = at(offset + 2, 2u * *length);
         QByteArray units(2 * qsizetype(*length), '\0');
         if (!textAt || !reader.read(*textAt, units.size(), units.data()))
@@ -303,18 +313,23 @@ void PeImage::Impl::readResources(Reader& reader, quint32 directoryRva)
         for (qsizetype i = 0; i < name.size(); ++i)
             name[i] = QChar(static_cast<char16_t>(static_cast<unsigned char>(units[2 * i])
                 | (static_cast<unsigned char>(units[2 * i + 1]) << 8)));
+        namesByOffset.insert(offset, name);
         return ResourceId::fromName(name);
+    };
+    // An entry that leads to a directory not yet followed. A data entry right below the root or the type
+    // level has no place in a three-level tree.
+    auto leadsOn = [&](const RawEntry& entry) {
+        return (entry.data & kHighBit) && !followed.contains(entry.data & ~kHighBit);
     };
 
     for (const RawEntry& typeEntry : directory(0)) {
-        const auto type = id(typeEntry.name);
-        // A data entry right below the root (or a name beyond reach) has no place in a three-level tree.
-        if (!type || !(typeEntry.data & kHighBit) || followed.contains(typeEntry.data & ~kHighBit))
+        const auto type = leadsOn(typeEntry) ? id(typeEntry.name) : std::nullopt;
+        if (!type)
             continue;
         TypeNode node{*type, {}};
         for (const RawEntry& nameEntry : directory(typeEntry.data & ~kHighBit)) {
-            const auto name = id(nameEntry.name);
-            if (!name || !(nameEntry.data & kHighBit) || followed.contains(nameEntry.data & ~kHighBit))
+            const auto name = leadsOn(nameEntry) ? id(nameEntry.name) : std::nullopt;
+            if (!name)
                 continue;
             node.names.push_back(*name);
             for (const RawEntry& languageEntry : directory(nameEntry.data & ~kHighBit)) {
