@@ -5,6 +5,9 @@ import struct
 import sys
 import zlib
 
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+from pe_module import pe_module, version_resource  # noqa: E402
+
 out = sys.argv[1] if len(sys.argv) > 1 else "fuzz-corpus"
 
 
@@ -38,3 +41,14 @@ zip64 = struct.pack("<HHQQ", 1, 16, 5, 5)
 put("zip", "archive", entry(b"docs/", b"") + entry(b"docs/a.txt", b"hello " * 50, 8)
     + entry("中文.txt".encode("gb18030"), b"x") + entry(b"z64", b"12345", extra=zip64)[:-5] + b"12345"
     + b"PK\x01\x02" + bytes(42))
+
+
+# PE modules with a resource section: a directory of integer and named types and names, a version resource.
+icon = struct.pack("<HHH", 0, 1, 1) + struct.pack("<BBBBHHIH", 16, 16, 0, 0, 1, 32, 40, 1)
+strings = b"".join(struct.pack("<H", len(s)) + s.encode("utf-16-le") for s in ["", "Open", "", "保存"] + [""] * 12)
+version = version_resource([("OriginalFilename", "demo.exe"), ("FileVersion", "1.0"), ("CompanyName", "维达罗")])
+put("pe", "pe32", pe_module({"AVI": {"INTRO": {0x804: b"RIFF"}}, 6: {1: {0x804: strings}},
+                             14: {1: {0x409: icon, 0x804: icon}}, 16: {1: {0x804: version}}}))
+put("pe", "pe32plus", pe_module({"PNG": {"LOGO": {0: b"\x89PNG"}}, 9: {"MAIN": {0x409: bytes(8)}},
+                                 16: {1: {0x409: version}}}, True))
+put("pe", "version", version)
