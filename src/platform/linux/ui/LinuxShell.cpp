@@ -135,6 +135,7 @@ FileOpResult LinuxShell::transfer(const QString& sourcePath, const QString& fold
     QEventLoop loop;
     QObject::connect(&job, &FileTransfer::finished, &loop, &QEventLoop::quit);
     QObject::connect(&progress, &QProgressDialog::canceled, &loop, &QEventLoop::quit);
+    QObject::connect(&progress, &QDialog::rejected, &loop, &QEventLoop::quit); // Esc hides it: cancel too
     QTimer tick;
     tick.setInterval(kProgressTickMs);
     QObject::connect(&tick, &QTimer::timeout, &progress, [&] {
