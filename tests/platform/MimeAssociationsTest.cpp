@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <ostream>
 
 using vindaro::platform::MimeAssociations;
 
@@ -54,6 +55,11 @@ struct Row
     const char* expected;
     QStringList desktops = {};
 };
+
+void PrintTo(const Row& row, std::ostream* out)
+{
+    *out << row.what;
+}
 
 class MimeDefaults : public ::testing::TestWithParam<Row>
 {

@@ -180,6 +180,10 @@ FileOpResult LinuxShell::moveToTrash(const QString& path)
     QFile file(withoutTrailingSlash(path));
     if (file.moveToTrash())
         return {};
+    // Qt answers with the system's words only; the common case on a removable disk deserves plainer ones.
+    if (file.errorString() == qt_error_string(EXDEV))
+        return FileOpResult::failed(
+            Step::Trash, EXDEV, path, QStringLiteral("这个磁盘上没有可用的回收站，文件不能跨磁盘移入回收站"));
     return FileOpResult::failed(Step::Trash, 0, path, file.errorString());
 }
 
