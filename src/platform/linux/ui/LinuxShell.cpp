@@ -142,7 +142,7 @@ FileOpResult LinuxShell::transfer(const QString& sourcePath, const QString& fold
         const qint64 done = job.doneBytes();
         const qint64 total = job.totalBytes();
         progress.setLabelText(progressText(action, name, done, total));
-        const int value = total > 0 ? int(done * 1000 / total) : 0;
+        const int value = total > 0 ? int(qMin<qint64>(done * 1000 / total, 1000)) : 0; // a file may grow
         // Setting an unchanged value would restart the dialog's delay before it shows.
         if (value != progress.value())
             progress.setValue(value);
