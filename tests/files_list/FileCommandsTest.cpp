@@ -79,18 +79,8 @@ TEST_F(FileCommandsTest, GuardedCommandsDoNothingOnAVanishedFileOrEmptyList)
     EXPECT_EQ(list.entries(), QStringList{gone});
 }
 
-TEST_F(FileCommandsTest, MoveKeepsTheEntryWhenTheChooserIsCancelled)
-{
-    const QString a = world.file(QStringLiteral("a.dat"));
-    list.appendEntries({a});
-    list.RefreshFileList();
-    commands.MoveTo();
-    EXPECT_EQ(list.entries(), QStringList{a});
-    EXPECT_EQ(world.shell.calls, QStringList{QStringLiteral("chooseFolder")});
-}
-
 // Move and delete take the entry out only when they succeeded; every failure is told once, and a
-// cancelled transfer says nothing.
+// cancelled transfer or folder chooser says nothing.
 TEST_F(FileCommandsTest, EntryLeavesOnlyOnSuccessAndFailuresAreTold)
 {
     using platform::FileOpResult;
@@ -112,8 +102,9 @@ TEST_F(FileCommandsTest, EntryLeavesOnlyOnSuccessAndFailuresAreTold)
         {"move", FileOpResult::cancelled(), true, false},
         {"copy", std::nullopt, true, false},
         {"copy", failed, true, true},
+        {"move, chooser cancelled", std::nullopt, true, false},
     };
-    world.shell.chosenFolder = world.folder(QStringLiteral("target")) + u'/';
+    const QString target = world.folder(QStringLiteral("target")) + u'/';
     for (const auto& row : rows) {
         const std::string label = std::string(row.command) + (row.outcome ? " forced" : " acting");
         const QString a = world.file(QStringLiteral("a.dat"));
@@ -124,10 +115,11 @@ TEST_F(FileCommandsTest, EntryLeavesOnlyOnSuccessAndFailuresAreTold)
         prompts.notices.clear();
         world.shell.forced = row.outcome;
         const QByteArray command(row.command);
+        world.shell.chosenFolder = command.contains("cancelled") ? QString() : target;
         if (command == "delete" || command == "trash") {
             prompts.answers << (command == "delete" ? platform::kAnswerYes : platform::kAnswerNo);
             commands.Delete();
-        } else if (command == "move") {
+        } else if (command.startsWith("move")) {
             commands.MoveTo();
         } else {
             commands.CopyTo();
@@ -178,18 +170,6 @@ TEST(FileCommandTexts, NoticesNameTheFailureThePathAndTheReason)
     };
     for (const auto& row : rows)
         EXPECT_EQ(row.text, row.expected);
-}
-
-TEST_F(FileCommandsTest, CopyLeavesTheListAsItIs)
-{
-    const QString a = world.file(QStringLiteral("a.dat"));
-    const QString target = world.folder(QStringLiteral("target"));
-    list.appendEntries({a});
-    list.RefreshFileList();
-    world.shell.chosenFolder = target + u'/';
-    commands.CopyTo();
-    EXPECT_EQ(list.entries(), QStringList{a});
-    EXPECT_TRUE(QFile::exists(target + QStringLiteral("/a.dat")));
 }
 
 TEST_F(FileCommandsTest, PropertiesChooseOwnWindowOrDesktopSheet)
