@@ -1,5 +1,6 @@
 #include "FileCommands.h"
 
+#include "FileCommandTexts.h"
 #include "FileListTexts.h"
 #include "sysinfo/OsVersionName.h"
 
@@ -51,13 +52,17 @@ void FileCommands::Delete()
         return;
     const QString path = m_list.currentText();
     const int answer = m_prompts.askYesNoCancel(deleteQuestionText(path), kReminderTitle);
+    platform::FileOpResult result;
     if (answer == platform::kAnswerYes)
-        m_fs.FileDeleted(path);
+        result = m_fs.FileDeleted(path);
     else if (answer == platform::kAnswerNo)
-        m_fs.FileDelToRecycle(path);
+        result = m_fs.FileDelToRecycle(path);
     else
         return;
-    m_list.RemoveCurrentEntry();
+    if (result.done())
+        m_list.RemoveCurrentEntry();
+    else
+        m_prompts.notify(deleteFailedText(path, result), kReminderTitle);
 }
 
 void FileCommands::Rename()
@@ -70,14 +75,26 @@ void FileCommands::Rename()
 
 void FileCommands::CopyTo()
 {
-    if (guardPasses())
-        m_fs.FileCopyTo(m_owner, m_list.currentText());
+    if (!guardPasses())
+        return;
+    const QString path = m_list.currentText();
+    platform::FileOpResult result;
+    if (m_fs.FileCopyTo(m_owner, path, &result) && result.status == platform::FileOpResult::Status::Failed)
+        m_prompts.notify(copyFailedText(path, result), kReminderTitle);
 }
 
 void FileCommands::MoveTo()
 {
-    if (guardPasses() && m_fs.FileMoveTo(m_owner, m_list.currentText()))
+    if (!guardPasses())
+        return;
+    const QString path = m_list.currentText();
+    platform::FileOpResult result;
+    if (!m_fs.FileMoveTo(m_owner, path, &result))
+        return;
+    if (result.done())
         m_list.RemoveCurrentEntry();
+    else if (result.status == platform::FileOpResult::Status::Failed)
+        m_prompts.notify(moveFailedText(path, result), kReminderTitle);
 }
 
 void FileCommands::FindFile()

@@ -18,8 +18,8 @@ namespace vindaro::files {
 //
 // A guarded command does nothing, silently, unless the list holds an entry and the current path names an
 // existing file. Delete, copy and move go through FileSystem (the desktop's trash, transfer window and
-// overwrite question); the list follows what the user chose, not what the desktop then did: move and
-// delete take the entry out once a folder was chosen or the question answered.
+// overwrite question). A failure is told in a notice in the program's words (what failed, the path, the
+// system's reason); move and delete take the entry out of the list only when they succeeded.
 //
 // Windows that do not belong to the list (rename dialog, property window, batch copy, about, preview) are
 // reached through signals and the property-window handler, so this class stays free of widgets.

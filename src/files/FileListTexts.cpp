@@ -104,7 +104,7 @@ QString renameSizeLine(qint64 bytes)
 {
     if (bytes < 1'024'001)
         return QStringLiteral("文件大小：") + formatBytes(bytes);
-    return QStringLiteral("文件大小：") + groupDigits(bytes / 1024) + QStringLiteral("KB");
+    return QStringLiteral("文件大小：") + groupDigitsRounded(bytes, 1024) + QStringLiteral("KB");
 }
 
 QString renameFactsText(const RenameFacts& facts)

@@ -55,7 +55,8 @@ QString deleteQuestionText(const QString& path);
 bool propertiesUseOwnWindow(const QString& path, const QString& osName);
 
 // Rename dialog texts.
-// "文件大小：1,024,000字节" below 1,024,001 bytes, else whole KB: "文件大小：1,000KB".
+// "文件大小：1,024,000字节" below 1,024,001 bytes, else KB rounded to the nearest whole: "文件大小：2,000KB"
+// for 2,047,999 bytes.
 QString renameSizeLine(qint64 bytes);
 struct RenameFacts
 {

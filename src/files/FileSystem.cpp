@@ -110,32 +110,36 @@ void FileSystem::ShowDriveProperty(const QString& path, QWidget* owner)
         qWarning().noquote() << box.title << box.text;
 }
 
-bool FileSystem::FileCopyTo(QWidget* owner, const QString& source)
+bool FileSystem::FileCopyTo(QWidget* owner, const QString& source, platform::FileOpResult* result)
 {
     const QString folder = GetBrowseDirectoryWinNT(owner, QStringLiteral("选择文件保存路径"));
     if (folder.isEmpty())
         return false;
-    m_shell.copyInto(source, folder, owner);
+    const platform::FileOpResult outcome = m_shell.copyInto(source, folder, owner);
+    if (result)
+        *result = outcome;
     return true;
 }
 
-bool FileSystem::FileMoveTo(QWidget* owner, const QString& source)
+bool FileSystem::FileMoveTo(QWidget* owner, const QString& source, platform::FileOpResult* result)
 {
     const QString folder = GetBrowseDirectoryWinNT(owner, QStringLiteral("选择文件保存路径"));
     if (folder.isEmpty())
         return false;
-    m_shell.moveInto(source, folder, owner);
+    const platform::FileOpResult outcome = m_shell.moveInto(source, folder, owner);
+    if (result)
+        *result = outcome;
     return true;
 }
 
-void FileSystem::FileDelToRecycle(const QString& path)
+platform::FileOpResult FileSystem::FileDelToRecycle(const QString& path)
 {
-    m_shell.moveToTrash(path);
+    return m_shell.moveToTrash(path);
 }
 
-void FileSystem::FileDeleted(const QString& path)
+platform::FileOpResult FileSystem::FileDeleted(const QString& path)
 {
-    m_shell.deletePermanently(path);
+    return m_shell.deletePermanently(path);
 }
 
 bool FileSystem::ReName(const QString& oldPath, const QString& newPath)
@@ -154,7 +158,8 @@ void FileSystem::OpenFile(const QString& path, QWidget* owner)
     Q_UNUSED(owner);
     if (!FileExists(path))
         return;
-    if (!m_shell.open(path))
+    // The type's default decides, not whether a launcher started: a launcher starts for any file.
+    if (!m_shell.hasDefaultApplication(path) || !m_shell.open(path))
         m_shell.openWith(path);
 }
 

@@ -33,15 +33,20 @@ public:
     // Desktop operations.
     void ShowFile_FolderProperty(const QString& path, QWidget* owner);
     void ShowDriveProperty(const QString& path, QWidget* owner);
-    // Ask for a folder, then hand the copy (move) to the desktop. True once a folder was chosen, whatever
-    // the copy itself then does; false when the chooser was cancelled.
-    bool FileCopyTo(QWidget* owner, const QString& source);
-    bool FileMoveTo(QWidget* owner, const QString& source);
-    void FileDelToRecycle(const QString& path);
-    void FileDeleted(const QString& path);
+    // Ask for a folder, then hand the copy (move) to the desktop, which runs it off the window's thread
+    // behind a progress window. True once a folder was chosen, whatever the copy itself then does; false
+    // when the chooser was cancelled. `result`, when given, receives how the transfer ended (untouched when
+    // the chooser was cancelled).
+    bool FileCopyTo(QWidget* owner, const QString& source, platform::FileOpResult* result = nullptr);
+    bool FileMoveTo(QWidget* owner, const QString& source, platform::FileOpResult* result = nullptr);
+    // Into the trash, or for good; no questions. The answer tells the caller of a failure and its reason.
+    platform::FileOpResult FileDelToRecycle(const QString& path);
+    platform::FileOpResult FileDeleted(const QString& path);
     // Never replaces an existing `newPath`; true when the rename happened.
     bool ReName(const QString& oldPath, const QString& newPath);
     void FileOpenStyle(const QString& path);
+    // Opens an existing file with the application the desktop's type defaults name for it; with none
+    // named (or when it cannot be started), offers the open-with chooser.
     void OpenFile(const QString& path, QWidget* owner);
     void OpenFolder(const QString& path, QWidget* owner);
     // The chosen folder, always ending in "/" ("/media/cdrom/", "/"); "" when cancelled. Linux has one

@@ -13,6 +13,19 @@ QString groupDigits(qint64 value)
     return negative ? QLatin1Char('-') + digits : digits;
 }
 
+QString groupDigitsRounded(qint64 value, qint64 divisor)
+{
+    Q_ASSERT(divisor > 0);
+    // Quotient and remainder rather than (value + divisor / 2) / divisor, which overflows near the top.
+    qint64 quotient = value / divisor;
+    const qint64 remainder = value % divisor;
+    if (remainder >= divisor - remainder)
+        ++quotient;
+    else if (-remainder >= divisor + remainder)
+        --quotient;
+    return groupDigits(quotient);
+}
+
 QString formatBytes(qint64 bytes)
 {
     return groupDigits(bytes) + QStringLiteral("字节");

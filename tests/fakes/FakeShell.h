@@ -14,30 +14,33 @@ public:
     QString chosenFolder; // what the folder chooser answers; empty = cancelled
     QString lastChooserTitle; // the title the chooser was shown with
     QString typeNameAnswer; // what typeName() answers
-    int transferAnswer = 0; // copyInto / moveInto result
+    platform::FileOpResult transferAnswer; // copyInto / moveInto result
+    platform::FileOpResult deleteAnswer; // moveToTrash / deletePermanently result
     int renameAnswer = 0; // rename result
     bool openAnswer = true; // open() result
+    bool associated = true; // hasDefaultApplication() result
 
-    int copyInto(const QString& source, const QString& folder, QWidget*) override
+    platform::FileOpResult copyInto(const QString& source, const QString& folder, QWidget*) override
     {
         calls << QStringLiteral("copyInto %1 -> %2").arg(source, folder);
         return transferAnswer;
     }
-    int moveInto(const QString& source, const QString& folder, QWidget*) override
+    platform::FileOpResult moveInto(const QString& source, const QString& folder, QWidget*) override
     {
         calls << QStringLiteral("moveInto %1 -> %2").arg(source, folder);
         return transferAnswer;
     }
-    bool moveToTrash(const QString& path) override
+    platform::FileOpResult moveToTrash(const QString& path) override
     {
         calls << QStringLiteral("moveToTrash ") + path;
-        return true;
+        return deleteAnswer;
     }
-    bool deletePermanently(const QString& path) override
+    platform::FileOpResult deletePermanently(const QString& path) override
     {
         calls << QStringLiteral("deletePermanently ") + path;
-        return true;
+        return deleteAnswer;
     }
+    bool hasDefaultApplication(const QString&) override { return associated; }
     int rename(const QString& oldPath, const QString& newPath) override
     {
         calls << QStringLiteral("rename %1 -> %2").arg(oldPath, newPath);

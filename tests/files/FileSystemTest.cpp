@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 using namespace vindaro;
 using files::FileSystem;
 
@@ -246,9 +248,15 @@ TEST_F(FileSystemTest, CopyAndMoveAskForAFolderFirst)
 
     shell.calls.clear();
     shell.chosenFolder = QStringLiteral("/backup");
-    shell.transferAnswer = 5; // the transfer fails: still true, the caller looks for itself
-    EXPECT_TRUE(fs.FileCopyTo(nullptr, QStringLiteral("/a/b.dat")));
-    EXPECT_TRUE(fs.FileMoveTo(nullptr, QStringLiteral("/a/c.dat")));
+    // The transfer fails: still true, and the failure reaches the caller.
+    shell.transferAnswer = platform::FileOpResult::failed(
+        platform::FileOpResult::Step::WriteTarget, EROFS, QStringLiteral("/backup/b.dat"));
+    platform::FileOpResult copied;
+    platform::FileOpResult moved;
+    EXPECT_TRUE(fs.FileCopyTo(nullptr, QStringLiteral("/a/b.dat"), &copied));
+    EXPECT_TRUE(fs.FileMoveTo(nullptr, QStringLiteral("/a/c.dat"), &moved));
+    EXPECT_EQ(copied.error, EROFS);
+    EXPECT_EQ(moved.error, EROFS);
     EXPECT_EQ(shell.calls,
         (QStringList{QStringLiteral("chooseFolder"), QStringLiteral("copyInto /a/b.dat -> /backup/"),
             QStringLiteral("chooseFolder"), QStringLiteral("moveInto /a/c.dat -> /backup/")}));
@@ -267,10 +275,26 @@ TEST_F(FileSystemTest, OpeningFallsBackToTheChooser)
     fs.FileOpenStyle(dir.filePath(QStringLiteral("missing")));
     EXPECT_TRUE(shell.calls.isEmpty());
 
+    // Associated: open; no default application: straight to the chooser; associated but failing to start:
+    // the chooser too.
     const QString file = make(QStringLiteral("a.dat"));
-    shell.openAnswer = false;
-    fs.OpenFile(file, nullptr);
-    EXPECT_EQ(shell.calls, (QStringList{QStringLiteral("open ") + file, QStringLiteral("openWith ") + file}));
+    const struct
+    {
+        bool associated;
+        bool starts;
+        QStringList calls;
+    } rows[] = {
+        {true, true, {QStringLiteral("open ") + file}},
+        {false, true, {QStringLiteral("openWith ") + file}},
+        {true, false, {QStringLiteral("open ") + file, QStringLiteral("openWith ") + file}},
+    };
+    for (const auto& row : rows) {
+        shell.calls.clear();
+        shell.associated = row.associated;
+        shell.openAnswer = row.starts;
+        fs.OpenFile(file, nullptr);
+        EXPECT_EQ(shell.calls, row.calls);
+    }
 
     shell.calls.clear();
     fs.OpenFolder(file, nullptr);

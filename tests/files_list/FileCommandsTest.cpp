@@ -1,10 +1,13 @@
 #include "files/FileCommands.h"
 #include "ListFakes.h"
+#include "files/FileCommandTexts.h"
 #include "files/FileListTexts.h"
 
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
+
+#include <cerrno>
 
 using namespace vindaro;
 using files::FileCommands;
@@ -45,7 +48,6 @@ TEST_F(FileCommandsTest, DeleteYesIsPermanentNoGoesToTheTrash)
     list.RefreshFileList();
     prompts.answers << platform::kAnswerYes << platform::kAnswerNo;
     commands.Delete();
-    EXPECT_EQ(list.entries(), QStringList{b});
     commands.Delete();
     EXPECT_EQ(world.shell.calls,
         (QStringList{QStringLiteral("deletePermanently ") + a, QStringLiteral("moveToTrash ") + b}));
@@ -77,32 +79,97 @@ TEST_F(FileCommandsTest, GuardedCommandsDoNothingOnAVanishedFileOrEmptyList)
     EXPECT_EQ(list.entries(), QStringList{gone});
 }
 
-TEST_F(FileCommandsTest, MoveKeepsTheEntryWhenTheChooserIsCancelled)
+// Move and delete take the entry out only when they succeeded; every failure is told once, and a
+// cancelled transfer or folder chooser says nothing.
+TEST_F(FileCommandsTest, EntryLeavesOnlyOnSuccessAndFailuresAreTold)
 {
-    const QString a = world.file(QStringLiteral("a.dat"));
-    list.appendEntries({a});
-    list.RefreshFileList();
-    commands.MoveTo();
-    EXPECT_EQ(list.entries(), QStringList{a});
-    EXPECT_EQ(world.shell.calls, QStringList{QStringLiteral("chooseFolder")});
+    using platform::FileOpResult;
+    const FileOpResult failed
+        = FileOpResult::failed(FileOpResult::Step::WriteTarget, EROFS, QStringLiteral("/x"));
+    const struct
+    {
+        const char* command;
+        std::optional<FileOpResult> outcome; // nothing: the fake acts on the disk and succeeds
+        bool entryStays;
+        bool told;
+    } rows[] = {
+        {"delete", std::nullopt, false, false},
+        {"delete", failed, true, true},
+        {"trash", std::nullopt, false, false},
+        {"trash", failed, true, true},
+        {"move", std::nullopt, false, false},
+        {"move", failed, true, true},
+        {"move", FileOpResult::cancelled(), true, false},
+        {"copy", std::nullopt, true, false},
+        {"copy", failed, true, true},
+        {"move, chooser cancelled", std::nullopt, true, false},
+    };
+    const QString target = world.folder(QStringLiteral("target")) + u'/';
+    for (const auto& row : rows) {
+        const std::string label = std::string(row.command) + (row.outcome ? " forced" : " acting");
+        const QString a = world.file(QStringLiteral("a.dat"));
+        QFile::remove(world.path(QStringLiteral("target/a.dat")));
+        list.ResetFileList();
+        list.appendEntries({a});
+        list.RefreshFileList();
+        prompts.notices.clear();
+        world.shell.forced = row.outcome;
+        const QByteArray command(row.command);
+        world.shell.chosenFolder = command.contains("cancelled") ? QString() : target;
+        if (command == "delete" || command == "trash") {
+            prompts.answers << (command == "delete" ? platform::kAnswerYes : platform::kAnswerNo);
+            commands.Delete();
+        } else if (command.startsWith("move")) {
+            commands.MoveTo();
+        } else {
+            commands.CopyTo();
+        }
+        EXPECT_EQ(list.entries() == QStringList{a}, row.entryStays) << label;
+        ASSERT_EQ(prompts.notices.size(), row.told ? 1 : 0) << label;
+        if (row.told) {
+            EXPECT_TRUE(prompts.notices.first().contains(a)) << label;
+        }
+    }
 }
 
-TEST_F(FileCommandsTest, MoveTakesTheEntryOutOnceAFolderWasChosenWhateverTheShellDid)
+// The one table of failure notices: what failed, on which path, the system's reason, and what the user
+// still has.
+TEST(FileCommandTexts, NoticesNameTheFailureThePathAndTheReason)
 {
-    const QString a = world.file(QStringLiteral("a.dat"));
-    const QString b = world.file(QStringLiteral("b.dat"));
-    const QString target = world.folder(QStringLiteral("target"));
-    world.file(QStringLiteral("target/a.dat")); // the move fails: the name is taken there
-    list.appendEntries({a, b});
-    list.RefreshFileList();
-    world.shell.chosenFolder = target;
-    commands.MoveTo();
-    EXPECT_EQ(list.entries(), QStringList{b});
-    EXPECT_EQ(list.currentText(), b);
-    // Copy leaves the list as it is.
-    commands.CopyTo();
-    EXPECT_EQ(list.entries(), QStringList{b});
-    EXPECT_TRUE(QFile::exists(target + QStringLiteral("/b.dat")));
+    using platform::FileOpResult;
+    using Step = FileOpResult::Step;
+    const QString src = QStringLiteral("/media/cdrom/AVSEQ01.DAT");
+    const struct
+    {
+        QString text;
+        QString expected;
+    } rows[] = {
+        {files::copyFailedText(
+             src, FileOpResult::failed(Step::WriteTarget, EROFS, QStringLiteral("/ro/AVSEQ01.DAT"))),
+            QStringLiteral("复制文件失败！\r\n文件：/media/cdrom/AVSEQ01.DAT\r\n写入失败：/ro/AVSEQ01.DAT\r\n"
+                           "原因：Read-only file system\r\n目标文件夹中没有留下不完整的文件。")},
+        {files::moveFailedText(src, FileOpResult::failed(Step::ReadSource, EIO, src)),
+            QStringLiteral(
+                "移动文件失败！\r\n文件：/media/cdrom/AVSEQ01.DAT\r\n读取失败：/media/cdrom/AVSEQ01.DAT\r\n"
+                "原因：Input/output error\r\n原文件没有改动，目标文件夹中也没有留下不完整的文件。")},
+        {files::moveFailedText(src, FileOpResult::failed(Step::RemoveSource, EROFS, src)),
+            QStringLiteral("移动文件失败！\r\n文件：/media/cdrom/AVSEQ01.DAT\r\n"
+                           "文件已经完整复制到目标文件夹，但原文件无法删除：/media/cdrom/AVSEQ01.DAT\r\n"
+                           "原因：Read-only file system")},
+        {files::copyFailedText(src,
+             FileOpResult::failed(Step::Check, EINVAL, QStringLiteral("/media/cdrom/"),
+                 QStringLiteral("目标文件夹就是文件所在的文件夹"))),
+            QStringLiteral("复制文件失败！\r\n文件：/media/cdrom/AVSEQ01.DAT\r\n无法复制到：/media/cdrom/\r\n"
+                           "原因：目标文件夹就是文件所在的文件夹\r\n目标文件夹中没有留下不完整的文件。")},
+        {files::deleteFailedText(src, FileOpResult::failed(Step::Trash, 0, src, QStringLiteral("no trash"))),
+            QStringLiteral("删除到回收站失败！\r\n文件：/media/cdrom/AVSEQ01.DAT\r\n原因：no trash\r\n"
+                           "文件仍然保留在列表中。")},
+        {files::deleteFailedText(src, FileOpResult::failed(Step::Delete, EACCES, src)),
+            QStringLiteral("删除文件失败！\r\n文件：/media/cdrom/AVSEQ01.DAT\r\n原因：Permission denied\r\n"
+                           "文件仍然保留在列表中。")},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.text, row.expected);
 }
 
 TEST_F(FileCommandsTest, PropertiesChooseOwnWindowOrDesktopSheet)

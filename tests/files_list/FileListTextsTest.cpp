@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 using namespace vindaro::files;
 
 namespace {
@@ -104,11 +106,25 @@ TEST(FileListTexts, PreviewVideosAndPictures)
     EXPECT_FALSE(isPictureEnding(QStringLiteral("/p/a.jpeg")));
 }
 
-TEST(FileListTexts, RenameSizeLineSwitchesToKilobytesAbove1024000Bytes)
+// Kilobytes are rounded as "##,#0" rounds a fraction, not cut.
+TEST(FileListTexts, RenameSizeLineSwitchesToRoundedKilobytesAbove1024000Bytes)
 {
-    EXPECT_EQ(renameSizeLine(1'024'000), QStringLiteral("文件大小：1,024,000字节"));
-    EXPECT_EQ(renameSizeLine(1'024'001), QStringLiteral("文件大小：1,000KB"));
-    EXPECT_EQ(renameSizeLine(0), QStringLiteral("文件大小：0字节"));
+    const struct
+    {
+        qint64 bytes;
+        const char* line;
+    } rows[] = {
+        {0, "文件大小：0字节"},
+        {1'024'000, "文件大小：1,024,000字节"},
+        {1'024'001, "文件大小：1,000KB"},
+        {1'024'511, "文件大小：1,000KB"}, // 1000.499
+        {1'024'512, "文件大小：1,001KB"}, // 1000.5: halves go up
+        {2'047'999, "文件大小：2,000KB"}, // 1999.999
+        {5'000'000'000'000, "文件大小：4,882,812,500KB"}, // 64-bit sizes
+        {std::numeric_limits<qint64>::max(), "文件大小：9,007,199,254,740,992KB"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(renameSizeLine(row.bytes), QString::fromUtf8(row.line)) << row.bytes;
 }
 
 TEST(FileListTexts, RenameFactsWithAndWithoutTag)

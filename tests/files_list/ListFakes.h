@@ -10,7 +10,10 @@
 #include <QQueue>
 #include <QTemporaryDir>
 
+#include <cerrno>
+
 #include <memory>
+#include <optional>
 
 namespace vindaro::testing {
 
@@ -22,27 +25,38 @@ public:
     QStringList calls;
     QString chosenFolder; // the folder chooser's answer; empty = cancelled
     bool refuseRename = false;
+    // When set, copy, move, trash and delete answer this and leave the disk alone.
+    std::optional<platform::FileOpResult> forced;
 
-    int copyInto(const QString& source, const QString& folder, QWidget*) override
+    platform::FileOpResult copyInto(const QString& source, const QString& folder, QWidget*) override
     {
         calls << QStringLiteral("copyInto ") + source;
-        return QFile::copy(source, folder + QFileInfo(source).fileName()) ? 0 : 1;
+        if (forced)
+            return *forced;
+        return outcome(QFile::copy(source, folder + QFileInfo(source).fileName()), source);
     }
-    int moveInto(const QString& source, const QString& folder, QWidget*) override
+    platform::FileOpResult moveInto(const QString& source, const QString& folder, QWidget*) override
     {
         calls << QStringLiteral("moveInto ") + source;
-        return QFile::rename(source, folder + QFileInfo(source).fileName()) ? 0 : 1;
+        if (forced)
+            return *forced;
+        return outcome(QFile::rename(source, folder + QFileInfo(source).fileName()), source);
     }
-    bool moveToTrash(const QString& path) override
+    platform::FileOpResult moveToTrash(const QString& path) override
     {
         calls << QStringLiteral("moveToTrash ") + path;
-        return QFile::remove(path);
+        if (forced)
+            return *forced;
+        return outcome(QFile::remove(path), path);
     }
-    bool deletePermanently(const QString& path) override
+    platform::FileOpResult deletePermanently(const QString& path) override
     {
         calls << QStringLiteral("deletePermanently ") + path;
-        return QFile::remove(path);
+        if (forced)
+            return *forced;
+        return outcome(QFile::remove(path), path);
     }
+    bool hasDefaultApplication(const QString&) override { return true; }
     int rename(const QString& oldPath, const QString& newPath) override
     {
         calls << QStringLiteral("rename %1 -> %2").arg(oldPath, newPath);
@@ -71,6 +85,13 @@ public:
         return chosenFolder;
     }
     QString typeName(const QString&) override { return QStringLiteral("Video"); }
+
+private:
+    static platform::FileOpResult outcome(bool done, const QString& path)
+    {
+        return done ? platform::FileOpResult{}
+                    : platform::FileOpResult::failed(platform::FileOpResult::Step::WriteTarget, EIO, path);
+    }
 };
 
 class ScriptedPrompter final : public files::Prompter

@@ -10,7 +10,9 @@
 
 #include <cerrno>
 
+using vindaro::platform::FileOpResult;
 using vindaro::platform::LinuxShell;
+using Status = FileOpResult::Status;
 
 namespace {
 
@@ -47,14 +49,14 @@ TEST_F(LinuxShellTest, TrashCreatesTheDataFolderFirst)
     qputenv("XDG_DATA_HOME", QFile::encodeName(data));
     const QString victim = write(QStringLiteral("a.dat"), "payload");
 
-    const bool moved = shell.moveToTrash(victim);
+    const bool moved = shell.moveToTrash(victim).done();
     qputenv("XDG_DATA_HOME", oldData);
 
     ASSERT_TRUE(moved);
     EXPECT_FALSE(QFile::exists(victim));
     EXPECT_EQ(read(data + QStringLiteral("/Trash/files/a.dat")), QByteArray("payload"));
     EXPECT_FALSE(QFile::exists(QDir::current().filePath(QStringLiteral("files/a.dat"))));
-    EXPECT_FALSE(shell.moveToTrash(dir.filePath(QStringLiteral("missing"))));
+    EXPECT_FALSE(shell.moveToTrash(dir.filePath(QStringLiteral("missing"))).done());
 }
 
 TEST_F(LinuxShellTest, RenameNeverReplaces)
@@ -82,12 +84,12 @@ TEST_F(LinuxShellTest, CopyAsksBeforeReplacing)
         return answer;
     });
 
-    EXPECT_EQ(shell.copyInto(source, dir.filePath(QStringLiteral("dst")), nullptr), LinuxShell::kCancelled);
+    EXPECT_EQ(shell.copyInto(source, dir.filePath(QStringLiteral("dst")), nullptr).status, Status::Cancelled);
     EXPECT_EQ(read(target), QByteArray("old"));
     EXPECT_EQ(questions, QStringList{target});
 
     answer = true;
-    EXPECT_EQ(shell.copyInto(source, dir.filePath(QStringLiteral("dst")), nullptr), 0);
+    EXPECT_TRUE(shell.copyInto(source, dir.filePath(QStringLiteral("dst")), nullptr).done());
     EXPECT_EQ(read(target), QByteArray("new"));
     EXPECT_EQ(read(source), QByteArray("new"));
     // No leftovers of the write-then-rename.
@@ -106,7 +108,7 @@ TEST_F(LinuxShellTest, ReplacingALinkReplacesTheLinkNotWhatItPointsAt)
         questions << t;
         return true;
     });
-    EXPECT_EQ(shell.copyInto(source, dir.filePath(QStringLiteral("dst")), nullptr), 0);
+    EXPECT_TRUE(shell.copyInto(source, dir.filePath(QStringLiteral("dst")), nullptr).done());
     EXPECT_EQ(questions, QStringList{target});
     EXPECT_EQ(read(elsewhere), QByteArray("keep"));
     EXPECT_FALSE(QFileInfo(target).isSymLink());
@@ -126,9 +128,9 @@ TEST_F(LinuxShellTest, CopiesAFolderTreeWithoutQuestions)
         return false;
     });
 
-    EXPECT_EQ(
-        shell.copyInto(dir.filePath(QStringLiteral("tree")), dir.filePath(QStringLiteral("out")), nullptr),
-        0);
+    EXPECT_TRUE(
+        shell.copyInto(dir.filePath(QStringLiteral("tree")), dir.filePath(QStringLiteral("out")), nullptr)
+            .done());
     EXPECT_TRUE(questions.isEmpty());
     EXPECT_EQ(read(dir.filePath(QStringLiteral("out/tree/MPEGAV/AVSEQ01.DAT"))), big);
     EXPECT_EQ(read(dir.filePath(QStringLiteral("out/tree/.hidden"))), QByteArray("h"));
@@ -138,21 +140,33 @@ TEST_F(LinuxShellTest, CopiesAFolderTreeWithoutQuestions)
     EXPECT_EQ(read(link.filePath()), big); // relative link still points inside the copy
 }
 
-TEST_F(LinuxShellTest, RefusesSenselessTransfers)
+TEST_F(LinuxShellTest, RefusesSenselessTransfersBeforeTouchingAnything)
 {
     const QString file = write(QStringLiteral("f/a.dat"), "A");
     QDir().mkpath(dir.filePath(QStringLiteral("f/inner")));
-    // Onto itself, and a folder into its own subfolder.
-    EXPECT_EQ(shell.copyInto(file, dir.filePath(QStringLiteral("f")), nullptr), EINVAL);
-    EXPECT_EQ(
-        shell.moveInto(dir.filePath(QStringLiteral("f")), dir.filePath(QStringLiteral("f/inner")), nullptr),
-        EINVAL);
-    EXPECT_EQ(shell.copyInto(dir.filePath(QStringLiteral("nothing")), dir.path(), nullptr), ENOENT);
-    EXPECT_EQ(shell.copyInto(file, dir.filePath(QStringLiteral("no-folder")), nullptr), ENOTDIR);
-    // A file never replaces a folder of the same name.
-    QDir().mkpath(dir.filePath(QStringLiteral("g/a.dat")));
-    EXPECT_EQ(shell.copyInto(file, dir.filePath(QStringLiteral("g")), nullptr), EISDIR);
+    QDir().mkpath(dir.filePath(QStringLiteral("g/a.dat"))); // a folder by the file's name
+    const struct
+    {
+        const char* source;
+        const char* folder;
+        bool move;
+        int error;
+    } rows[] = {
+        {"f/a.dat", "f", false, EINVAL}, // onto itself
+        {"f", "f/inner", true, EINVAL}, // a folder into its own subfolder
+        {"nothing", "", false, ENOENT}, {"f/a.dat", "no-folder", false, ENOTDIR},
+        {"f/a.dat", "g", false, EISDIR}, // a file never replaces a folder
+    };
+    for (const auto& row : rows) {
+        const QString source = dir.filePath(QString::fromLatin1(row.source));
+        const QString folder = dir.filePath(QString::fromLatin1(row.folder));
+        const FileOpResult result
+            = row.move ? shell.moveInto(source, folder, nullptr) : shell.copyInto(source, folder, nullptr);
+        EXPECT_EQ(result.status, Status::Failed) << row.source << " -> " << row.folder;
+        EXPECT_EQ(result.error, row.error) << row.source << " -> " << row.folder;
+    }
     EXPECT_EQ(read(file), QByteArray("A"));
+    EXPECT_TRUE(QFileInfo(dir.filePath(QStringLiteral("g/a.dat"))).isDir());
 }
 
 TEST_F(LinuxShellTest, MoveTakesTheSourceAway)
@@ -160,16 +174,16 @@ TEST_F(LinuxShellTest, MoveTakesTheSourceAway)
     const QString file = write(QStringLiteral("m/a.dat"), "A");
     write(QStringLiteral("m/sub/b.dat"), "B");
     QDir().mkpath(dir.filePath(QStringLiteral("to")));
-    EXPECT_EQ(shell.moveInto(file, dir.filePath(QStringLiteral("to")), nullptr), 0);
+    EXPECT_TRUE(shell.moveInto(file, dir.filePath(QStringLiteral("to")), nullptr).done());
     EXPECT_FALSE(QFile::exists(file));
     EXPECT_EQ(read(dir.filePath(QStringLiteral("to/a.dat"))), QByteArray("A"));
 
     // Into an existing folder of the same name: merged by copying, then the source goes.
     write(QStringLiteral("to/sub/c.dat"), "C");
     shell.setReplaceQuestion([](const QString&, QWidget*) { return true; });
-    EXPECT_EQ(
-        shell.moveInto(dir.filePath(QStringLiteral("m/sub")), dir.filePath(QStringLiteral("to")), nullptr),
-        0);
+    EXPECT_TRUE(
+        shell.moveInto(dir.filePath(QStringLiteral("m/sub")), dir.filePath(QStringLiteral("to")), nullptr)
+            .done());
     EXPECT_FALSE(QFile::exists(dir.filePath(QStringLiteral("m/sub"))));
     EXPECT_EQ(read(dir.filePath(QStringLiteral("to/sub/b.dat"))), QByteArray("B"));
     EXPECT_EQ(read(dir.filePath(QStringLiteral("to/sub/c.dat"))), QByteArray("C"));
@@ -181,12 +195,15 @@ TEST_F(LinuxShellTest, PermanentDeleteRemovesTreesButNotWhatLinksPointAt)
     write(QStringLiteral("doomed/x/y.dat"), "Y");
     ASSERT_TRUE(
         QFile::link(dir.filePath(QStringLiteral("keep")), dir.filePath(QStringLiteral("doomed/link"))));
-    EXPECT_TRUE(shell.deletePermanently(dir.filePath(QStringLiteral("doomed/"))));
+    EXPECT_TRUE(shell.deletePermanently(dir.filePath(QStringLiteral("doomed/"))).done());
     EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("doomed"))));
     EXPECT_EQ(read(kept), QByteArray("K"));
-    EXPECT_TRUE(shell.deletePermanently(kept));
+    EXPECT_TRUE(shell.deletePermanently(kept).done());
     EXPECT_FALSE(QFile::exists(kept));
-    EXPECT_FALSE(shell.deletePermanently(kept));
+    const FileOpResult again = shell.deletePermanently(kept);
+    EXPECT_EQ(again.status, Status::Failed);
+    EXPECT_EQ(again.error, ENOENT);
+    EXPECT_EQ(again.path, kept);
 }
 
 TEST_F(LinuxShellTest, TypeNameComesFromTheMimeDatabase)

@@ -1,20 +1,24 @@
 #include "LinuxShell.h"
 
+#include "platform/linux/FileTransfer.h"
+#include "platform/linux/MimeAssociations.h"
+
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusUnixFileDescriptor>
 #include <QDesktopServices>
 #include <QDir>
-#include <QDirIterator>
+#include <QEventLoop>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLocale>
 #include <QMessageBox>
 #include <QMimeDatabase>
 #include <QProcess>
 #include <QProgressDialog>
-#include <QSaveFile>
 #include <QStandardPaths>
+#include <QTimer>
 #include <QUrl>
 
 #include <cerrno>
@@ -28,7 +32,8 @@ namespace vindaro::platform {
 namespace {
 
 constexpr int kDbusTimeoutMs = 3000;
-constexpr qint64 kChunkBytes = 1 << 20;
+constexpr int kProgressDelayMs = 500;
+constexpr int kProgressTickMs = 100;
 
 QByteArray native(const QString& path)
 {
@@ -54,50 +59,20 @@ QString containingFolder(const QString& path)
     return info.isDir() && !info.isSymLink() ? info.absoluteFilePath() : info.absolutePath();
 }
 
-// One piece of a copy plan: a folder to create, a link to recreate or a file to copy.
-struct Step
+QString grouped(qint64 value)
 {
-    enum Kind
-    {
-        Folder,
-        Link,
-        File
-    } kind;
-    QString from;
-    QString to;
-    qint64 bytes = 0;
-};
+    return QLocale(QLocale::English).toString(value);
+}
 
-QList<Step> planCopy(const QString& source, const QString& target, qint64& totalBytes)
+QString progressText(const QString& action, const QString& name, qint64 done, qint64 total)
 {
-    QList<Step> steps;
-    const QFileInfo top(source);
-    if (top.isSymLink()) {
-        steps.append({Step::Link, source, target, 0});
-        return steps;
-    }
-    if (!top.isDir()) {
-        steps.append({Step::File, source, target, top.size()});
-        totalBytes += top.size();
-        return steps;
-    }
-    steps.append({Step::Folder, source, target, 0});
-    QDirIterator it(source, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-        QDirIterator::Subdirectories); // does not descend through links to folders
-    while (it.hasNext()) {
-        it.next();
-        const QFileInfo info = it.fileInfo();
-        const QString to = target + it.filePath().mid(source.size());
-        if (info.isSymLink()) {
-            steps.append({Step::Link, it.filePath(), to, 0});
-        } else if (info.isDir()) {
-            steps.append({Step::Folder, it.filePath(), to, 0});
-        } else {
-            steps.append({Step::File, it.filePath(), to, info.size()});
-            totalBytes += info.size();
-        }
-    }
-    return steps;
+    QString text = action + QStringLiteral(" %1 ...\n").arg(name);
+    if (total < 0)
+        return text + QStringLiteral("正在读取文件夹...");
+    text += QStringLiteral("已完成 %1 / %2 字节").arg(grouped(done), grouped(total));
+    if (total > 0)
+        text += QStringLiteral(" (%1%)").arg(done * 100 / total);
+    return text;
 }
 
 } // namespace
@@ -113,14 +88,15 @@ bool LinuxShell::askReplace(const QString& target, QWidget* owner)
         == QMessageBox::Yes;
 }
 
-int LinuxShell::transfer(const QString& sourcePath, const QString& folder, QWidget* owner, bool move)
+FileOpResult LinuxShell::transfer(const QString& sourcePath, const QString& folder, QWidget* owner, bool move)
 {
+    using Step = FileOpResult::Step;
     const QString source = withoutTrailingSlash(sourcePath);
     struct stat sourceStat;
     if (source.isEmpty() || !lexists(source, &sourceStat))
-        return ENOENT;
+        return FileOpResult::failed(Step::Check, ENOENT, sourcePath);
     if (!QFileInfo(folder).isDir())
-        return ENOTDIR;
+        return FileOpResult::failed(Step::Check, ENOTDIR, folder);
     const QString target = QDir(folder).absoluteFilePath(QFileInfo(source).fileName());
     const bool sourceIsFolder = S_ISDIR(sourceStat.st_mode);
 
@@ -128,144 +104,94 @@ int LinuxShell::transfer(const QString& sourcePath, const QString& folder, QWidg
     const QString canonicalSource = QFileInfo(source).canonicalFilePath();
     const QString canonicalFolder = QFileInfo(folder).canonicalFilePath();
     if (QFileInfo(QFileInfo(source).absolutePath()).canonicalFilePath() == canonicalFolder)
-        return EINVAL;
+        return FileOpResult::failed(
+            Step::Check, EINVAL, folder, QStringLiteral("目标文件夹就是文件所在的文件夹"));
     if (sourceIsFolder
         && (canonicalFolder == canonicalSource
             || canonicalFolder.startsWith(canonicalSource + QLatin1Char('/'))))
-        return EINVAL;
+        return FileOpResult::failed(Step::Check, EINVAL, folder, QStringLiteral("目标文件夹在源文件夹之内"));
 
     struct stat targetStat;
     const bool targetExists = lexists(target, &targetStat);
     if (targetExists) {
         // A file never replaces a folder nor a folder a file.
         if (S_ISDIR(targetStat.st_mode) != sourceIsFolder)
-            return sourceIsFolder ? ENOTDIR : EISDIR;
+            return FileOpResult::failed(Step::WriteTarget, sourceIsFolder ? ENOTDIR : EISDIR, target);
         if (!askReplace(target, owner))
-            return kCancelled;
+            return FileOpResult::cancelled();
     }
 
-    if (move && (!targetExists || !sourceIsFolder)) {
-        // Same file system: one rename, replacing an approved file atomically.
-        if (::rename(native(source).constData(), native(target).constData()) == 0)
-            return 0;
-        if (errno != EXDEV)
-            return errno;
-    }
-
-    qint64 totalBytes = 0;
-    const QList<Step> steps = planCopy(source, target, totalBytes);
-    QProgressDialog progress(move ? QStringLiteral("正在移动 %1 ...").arg(QFileInfo(source).fileName())
-                                  : QStringLiteral("正在复制 %1 ...").arg(QFileInfo(source).fileName()),
-        QStringLiteral("取消"), 0, 1000, owner);
+    // The work runs on a worker; this thread only shows its progress and listens for Cancel, which
+    // abandons a worker stuck in a read at once.
+    FileTransfer job(source, target, move, targetExists);
+    const QString action = move ? QStringLiteral("正在移动") : QStringLiteral("正在复制");
+    const QString name = QFileInfo(source).fileName();
+    QProgressDialog progress(progressText(action, name, 0, -1), QStringLiteral("取消"), 0, 1000, owner);
     progress.setWindowTitle(move ? QStringLiteral("移动") : QStringLiteral("复制"));
     progress.setWindowModality(Qt::WindowModal);
-    progress.setMinimumDuration(500);
+    progress.setMinimumDuration(kProgressDelayMs);
     progress.setAutoClose(false);
     progress.setAutoReset(false);
-    qint64 doneBytes = 0;
-    const auto report = [&] {
-        if (totalBytes > 0)
-            progress.setValue(static_cast<int>(doneBytes * 1000 / totalBytes));
-        QCoreApplication::processEvents();
-        return !progress.wasCanceled();
-    };
-
-    QByteArray buffer(kChunkBytes, Qt::Uninitialized);
-    for (const Step& step : steps) {
-        if (!report())
-            return kCancelled;
-        if (step.kind == Step::Folder) {
-            if (!QDir().mkpath(step.to))
-                return EACCES;
-            continue;
-        }
-        if (step.kind == Step::Link) {
-            char raw[4096];
-            const ssize_t length = ::readlink(native(step.from).constData(), raw, sizeof raw - 1);
-            if (length < 0)
-                return errno;
-            struct stat existing;
-            if (lexists(step.to, &existing) && !S_ISDIR(existing.st_mode))
-                ::unlink(native(step.to).constData()); // approved by the question above
-            if (::symlink(QByteArray(raw, length).constData(), native(step.to).constData()) != 0)
-                return errno;
-            continue;
-        }
-        QFile in(step.from);
-        if (!in.open(QIODevice::ReadOnly))
-            return EACCES;
-        // A link in the target's place is what gets replaced, not the file it points at: QSaveFile would
-        // write through the link into a file in some other folder that the user never chose.
-        struct stat existing;
-        if (lexists(step.to, &existing) && S_ISLNK(existing.st_mode)
-            && ::unlink(native(step.to).constData()) != 0)
-            return errno;
-        // QSaveFile writes beside the target and renames over it only on commit().
-        QSaveFile out(step.to);
-        if (!out.open(QIODevice::WriteOnly))
-            return EACCES;
-        for (;;) {
-            const qint64 got = in.read(buffer.data(), buffer.size());
-            if (got < 0) {
-                out.cancelWriting();
-                return EIO;
-            }
-            if (got == 0)
-                break;
-            if (out.write(buffer.constData(), got) != got) {
-                out.cancelWriting();
-                return ENOSPC;
-            }
-            doneBytes += got;
-            if (!report()) {
-                out.cancelWriting();
-                return kCancelled;
-            }
-        }
-        if (!out.commit())
-            return ENOSPC;
-        QFile::setPermissions(step.to, in.permissions());
-        QFile stamped(step.to);
-        if (stamped.open(QIODevice::ReadWrite))
-            stamped.setFileTime(QFileInfo(step.from).lastModified(), QFileDevice::FileModificationTime);
-    }
-    progress.setValue(1000);
-    // The source goes only after every piece arrived.
-    if (move && !deletePermanently(source))
-        return EACCES;
-    return 0;
+    QEventLoop loop;
+    QObject::connect(&job, &FileTransfer::finished, &loop, &QEventLoop::quit);
+    QObject::connect(&progress, &QProgressDialog::canceled, &loop, &QEventLoop::quit);
+    QObject::connect(&progress, &QDialog::rejected, &loop, &QEventLoop::quit); // Esc hides it: cancel too
+    QTimer tick;
+    tick.setInterval(kProgressTickMs);
+    QObject::connect(&tick, &QTimer::timeout, &progress, [&] {
+        const qint64 done = job.doneBytes();
+        const qint64 total = job.totalBytes();
+        progress.setLabelText(progressText(action, name, done, total));
+        const int value = total > 0 ? int(qMin<qint64>(done * 1000 / total, 1000)) : 0; // a file may grow
+        // Setting an unchanged value would restart the dialog's delay before it shows.
+        if (value != progress.value())
+            progress.setValue(value);
+    });
+    job.start();
+    tick.start();
+    if (!job.isFinished())
+        loop.exec();
+    tick.stop();
+    if (!job.isFinished())
+        job.cancel();
+    return job.result();
 }
 
-int LinuxShell::copyInto(const QString& source, const QString& folder, QWidget* owner)
+FileOpResult LinuxShell::copyInto(const QString& source, const QString& folder, QWidget* owner)
 {
     return transfer(source, folder, owner, false);
 }
 
-int LinuxShell::moveInto(const QString& source, const QString& folder, QWidget* owner)
+FileOpResult LinuxShell::moveInto(const QString& source, const QString& folder, QWidget* owner)
 {
     return transfer(source, folder, owner, true);
 }
 
-bool LinuxShell::moveToTrash(const QString& path)
+FileOpResult LinuxShell::moveToTrash(const QString& path)
 {
+    using Step = FileOpResult::Step;
+    if (!lexists(path))
+        return FileOpResult::failed(Step::Trash, ENOENT, path);
     // Without the data folder, Qt reports success yet files the item under ./files of the current folder.
     const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
     if (data.isEmpty() || !QDir().mkpath(data))
-        return false;
-    if (!lexists(path))
-        return false;
-    return QFile::moveToTrash(withoutTrailingSlash(path));
+        return FileOpResult::failed(
+            Step::Trash, 0, path, QStringLiteral("无法建立回收站所在的文件夹：") + data);
+    QFile file(withoutTrailingSlash(path));
+    if (file.moveToTrash())
+        return {};
+    // Qt answers with the system's words only; the common case on a removable disk deserves plainer ones.
+    if (file.errorString() == qt_error_string(EXDEV))
+        return FileOpResult::failed(
+            Step::Trash, EXDEV, path, QStringLiteral("这个磁盘上没有可用的回收站，文件不能跨磁盘移入回收站"));
+    return FileOpResult::failed(Step::Trash, 0, path, file.errorString());
 }
 
-bool LinuxShell::deletePermanently(const QString& path)
+FileOpResult LinuxShell::deletePermanently(const QString& path)
 {
-    const QString clean = withoutTrailingSlash(path);
-    struct stat st;
-    if (clean.isEmpty() || !lexists(clean, &st))
-        return false;
-    if (S_ISDIR(st.st_mode))
-        return QDir(clean).removeRecursively(); // links inside are removed, not followed
-    return ::unlink(native(clean).constData()) == 0;
+    if (withoutTrailingSlash(path).isEmpty())
+        return FileOpResult::failed(FileOpResult::Step::Delete, ENOENT, path);
+    return removePermanently(path);
 }
 
 int LinuxShell::rename(const QString& oldPath, const QString& newPath)
@@ -292,6 +218,12 @@ int LinuxShell::rename(const QString& oldPath, const QString& newPath)
     if (lexists(newPath))
         return EEXIST;
     return ::rename(native(oldPath).constData(), native(newPath).constData()) == 0 ? 0 : errno;
+}
+
+bool LinuxShell::hasDefaultApplication(const QString& path)
+{
+    MimeAssociations associations(MimeAssociations::foldersFromEnvironment());
+    return !associations.defaultApplicationForFile(path).isEmpty();
 }
 
 bool LinuxShell::open(const QString& path)

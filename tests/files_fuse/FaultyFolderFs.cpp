@@ -1,0 +1,179 @@
+// A tiny FUSE file system for the tests of the file commands on real system calls. Its root holds four
+// files of kSize bytes each, and refuses every write:
+//   good.dat    reads fine;
+//   bad.dat     reads fail with EIO from kBadFrom on (a scratch in the middle of the file);
+//   hang.dat    reads from kHangFrom on wait until "release" is looked up; each hanging read prints
+//               "hanging" on stdout first, so the test knows when to act;
+//   locked.dat  reads fine, cannot be removed (EACCES).
+// Creating, writing, renaming and making folders fail with EROFS; the other three files can be removed
+// (so a move that wrongly removes its source shows). Multi-threaded, so a hanging read holds nothing else.
+//   faulty_folder_fs MOUNTPOINT
+#define FUSE_USE_VERSION 31
+#include <fuse.h>
+
+#include <cerrno>
+#include <condition_variable>
+#include <cstdio>
+#include <cstring>
+#include <mutex>
+#include <set>
+#include <string>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr long long kSize = 3 * 1024 * 1024;
+constexpr long long kBadFrom = 2 * 1024 * 1024;
+constexpr long long kHangFrom = 1024 * 1024;
+const char* const kNames[] = {"/good.dat", "/bad.dat", "/hang.dat", "/locked.dat"};
+
+std::mutex g_lock;
+std::condition_variable g_released;
+bool g_release = false;
+std::set<std::string> g_removed;
+
+bool isFile(const char* path)
+{
+    std::lock_guard<std::mutex> hold(g_lock);
+    if (g_removed.count(path))
+        return false;
+    for (const char* name : kNames) {
+        if (std::strcmp(path, name) == 0)
+            return true;
+    }
+    return false;
+}
+
+char patternByte(long long offset)
+{
+    return static_cast<char>((offset * 7 + offset / 251) & 0xFF);
+}
+
+int getAttributes(const char* path, struct stat* st, struct fuse_file_info*)
+{
+    std::memset(st, 0, sizeof(*st));
+    if (std::strcmp(path, "/") == 0) {
+        st->st_mode = S_IFDIR | 0755;
+        st->st_nlink = 2;
+        return 0;
+    }
+    if (std::strcmp(path, "/release") == 0) {
+        std::lock_guard<std::mutex> hold(g_lock);
+        g_release = true;
+        g_released.notify_all();
+        return -ENOENT;
+    }
+    if (!isFile(path))
+        return -ENOENT;
+    st->st_mode = S_IFREG | 0644;
+    st->st_nlink = 1;
+    st->st_size = kSize;
+    return 0;
+}
+
+int readFolder(const char* path, void* buffer, fuse_fill_dir_t fill, off_t, struct fuse_file_info*,
+    enum fuse_readdir_flags)
+{
+    if (std::strcmp(path, "/") != 0)
+        return -ENOENT;
+    fill(buffer, ".", nullptr, 0, static_cast<fuse_fill_dir_flags>(0));
+    fill(buffer, "..", nullptr, 0, static_cast<fuse_fill_dir_flags>(0));
+    for (const char* name : kNames) {
+        if (isFile(name))
+            fill(buffer, name + 1, nullptr, 0, static_cast<fuse_fill_dir_flags>(0));
+    }
+    return 0;
+}
+
+int openFile(const char* path, struct fuse_file_info* info)
+{
+    if (!isFile(path))
+        return -ENOENT;
+    if ((info->flags & O_ACCMODE) != O_RDONLY)
+        return -EROFS;
+    info->direct_io = 1; // every read reaches us
+    return 0;
+}
+
+int readFile(const char* path, char* buffer, size_t size, off_t offset, struct fuse_file_info*)
+{
+    const long long from = offset;
+    const long long to = from + static_cast<long long>(size);
+    if (std::strcmp(path, "/bad.dat") == 0 && to > kBadFrom)
+        return -EIO;
+    if (std::strcmp(path, "/hang.dat") == 0 && to > kHangFrom) {
+        std::printf("hanging\n");
+        std::fflush(stdout);
+        std::unique_lock<std::mutex> hold(g_lock);
+        g_released.wait(hold, [] { return g_release; });
+        return -EIO;
+    }
+    if (from >= kSize)
+        return 0;
+    const long long count = std::min<long long>(static_cast<long long>(size), kSize - from);
+    for (long long i = 0; i < count; ++i)
+        buffer[i] = patternByte(from + i);
+    return static_cast<int>(count);
+}
+
+int removeFile(const char* path)
+{
+    if (!isFile(path))
+        return -ENOENT;
+    if (std::strcmp(path, "/locked.dat") == 0)
+        return -EACCES;
+    std::lock_guard<std::mutex> hold(g_lock);
+    g_removed.insert(path);
+    return 0;
+}
+
+int refuseCreate(const char*, mode_t, struct fuse_file_info*)
+{
+    return -EROFS;
+}
+int refuseMode(const char*, mode_t)
+{
+    return -EROFS;
+}
+int refuseNode(const char*, mode_t, dev_t)
+{
+    return -EROFS;
+}
+int refusePath(const char*)
+{
+    return -EROFS;
+}
+int refusePair(const char*, const char*)
+{
+    return -EROFS;
+}
+int refuseRename(const char*, const char*, unsigned int)
+{
+    return -EROFS;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 2)
+        return 2;
+    static struct fuse_operations operations = {};
+    operations.getattr = getAttributes;
+    operations.readdir = readFolder;
+    operations.open = openFile;
+    operations.read = readFile;
+    operations.unlink = removeFile;
+    operations.create = refuseCreate;
+    operations.mknod = refuseNode;
+    operations.mkdir = refuseMode;
+    operations.rmdir = refusePath;
+    operations.symlink = refusePair;
+    operations.link = refusePair;
+    operations.rename = refuseRename;
+
+    char program[] = "faulty_folder_fs";
+    char foreground[] = "-f";
+    char* fuseArgs[] = {program, foreground, argv[1], nullptr};
+    return fuse_main(3, fuseArgs, &operations, nullptr);
+}

@@ -1,0 +1,250 @@
+// The file commands against a real file system that fails: writes refused with EROFS, a file that cannot
+// be removed, reads that fail with EIO or hang (tests run as root, so permission bits would not stop
+// anything; a FUSE file system does).
+#include "fakes/FakeVolumes.h"
+#include "files/FileCommands.h"
+#include "files_list/ListFakes.h"
+#include "platform/linux/FileTransfer.h"
+#include "platform/linux/ui/LinuxShell.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QWidget>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <memory>
+
+using namespace vindaro;
+using platform::FileOpResult;
+
+namespace {
+
+// The file system of FaultyFolderFs.cpp, mounted for the life of the object.
+class FaultyFolder
+{
+public:
+    explicit FaultyFolder(const QString& mountPoint)
+        : m_mountPoint(mountPoint)
+    {
+        QDir().mkpath(mountPoint);
+        m_fs.start(QStringLiteral(FAULTY_FOLDER_FS), {mountPoint});
+        m_mounted = m_fs.waitForStarted(10000)
+            && QTest::qWaitFor(
+                [&] { return m_fs.state() != QProcess::Running || QFileInfo::exists(file("good.dat")); },
+                10000)
+            && m_fs.state() == QProcess::Running;
+    }
+    ~FaultyFolder()
+    {
+        if (m_fs.state() != QProcess::Running)
+            return;
+        release();
+        // Lazily: the kernel may still be closing a file the test had open a moment ago.
+        QProcess::execute(
+            QStringLiteral("fusermount3"), {QStringLiteral("-u"), QStringLiteral("-z"), m_mountPoint});
+        if (!m_fs.waitForFinished(10000)) {
+            m_fs.kill();
+            m_fs.waitForFinished(10000);
+        }
+    }
+    bool mounted() const { return m_mounted; }
+    std::string why() { return QString::fromLocal8Bit(m_fs.readAllStandardError()).toStdString(); }
+    QString path() const { return m_mountPoint; }
+    QString file(const char* name) const { return m_mountPoint + u'/' + QLatin1String(name); }
+    // Lets every hanging read go on (they then fail).
+    void release() { QFileInfo::exists(file("release")); }
+    QProcess& process() { return m_fs; }
+
+private:
+    QString m_mountPoint;
+    QProcess m_fs;
+    bool m_mounted = false;
+};
+
+// The real desktop layer with the folder chooser answered by the test.
+class ChoosingShell final : public platform::Shell
+{
+public:
+    platform::LinuxShell real;
+    QString folder;
+
+    FileOpResult copyInto(const QString& s, const QString& f, QWidget* o) override
+    {
+        return real.copyInto(s, f, o);
+    }
+    FileOpResult moveInto(const QString& s, const QString& f, QWidget* o) override
+    {
+        return real.moveInto(s, f, o);
+    }
+    FileOpResult moveToTrash(const QString& p) override { return real.moveToTrash(p); }
+    FileOpResult deletePermanently(const QString& p) override { return real.deletePermanently(p); }
+    int rename(const QString& a, const QString& b) override { return real.rename(a, b); }
+    bool hasDefaultApplication(const QString& p) override { return real.hasDefaultApplication(p); }
+    bool open(const QString&) override { return true; }
+    bool openWith(const QString&) override { return true; }
+    bool showProperties(const QString&, QWidget*) override { return true; }
+    QString chooseFolder(const QString&, QWidget*) override { return folder; }
+    QString typeName(const QString& p) override { return real.typeName(p); }
+};
+
+class FilesFuseTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(dir.isValid());
+        disc = std::make_unique<FaultyFolder>(dir.filePath(QStringLiteral("fs")));
+        if (!disc->mounted())
+            GTEST_SKIP() << "FUSE cannot be mounted here: " << disc->why();
+        volumes.add(QStringLiteral("/"), platform::kDriveFixed, QStringLiteral("/dev/sda1"));
+        out = dir.filePath(QStringLiteral("out"));
+        QDir().mkpath(out);
+    }
+    void TearDown() override
+    {
+        if (disc)
+            disc->release();
+        EXPECT_TRUE(platform::FileTransfer::waitForAbandonedWorkers(10000));
+        disc.reset();
+    }
+    QStringList outEntries() const
+    {
+        return QDir(out).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    }
+    void listOnly(const QString& path)
+    {
+        list.ResetFileList();
+        list.appendEntries({path});
+        list.RefreshFileList();
+    }
+
+    QTemporaryDir dir;
+    std::unique_ptr<FaultyFolder> disc;
+    QString out;
+    vindaro::testing::FakeVolumes volumes;
+    ChoosingShell shell;
+    files::FileSystem fs{volumes, shell};
+    vindaro::testing::ScriptedPrompter prompts;
+    vindaro::testing::ScriptedDialogs dialogs;
+    files::FileListModel list{fs};
+    files::FileCommands commands{list, fs, prompts, dialogs, nullptr};
+};
+
+TEST_F(FilesFuseTest, CopyIntoAFolderThatRefusesWritesIsToldAndKeepsTheEntry)
+{
+    const QString source = dir.filePath(QStringLiteral("a.dat"));
+    QFile file(source);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray(100'000, 'v'));
+    file.close();
+    listOnly(source);
+    shell.folder = disc->path();
+
+    commands.CopyTo();
+
+    ASSERT_EQ(prompts.notices.size(), 1);
+    EXPECT_TRUE(prompts.notices.first().contains(qt_error_string(EROFS)))
+        << prompts.notices.first().toStdString();
+    EXPECT_EQ(list.entries(), QStringList{source});
+    EXPECT_FALSE(QFileInfo::exists(disc->file("a.dat")));
+}
+
+TEST_F(FilesFuseTest, FailedDeleteAndTrashAreToldAndKeepTheEntry)
+{
+    const QString locked = disc->file("locked.dat");
+    for (const int answer : {int(platform::kAnswerYes), int(platform::kAnswerNo)}) {
+        listOnly(locked);
+        prompts.notices.clear();
+        prompts.answers << answer;
+        commands.Delete();
+        ASSERT_EQ(prompts.notices.size(), 1) << answer;
+        EXPECT_TRUE(prompts.notices.first().contains(locked));
+        EXPECT_EQ(list.entries(), QStringList{locked});
+        EXPECT_TRUE(QFileInfo::exists(locked));
+    }
+    // Into the home's trash would cross file systems; the mount refuses a trash of its own.
+    EXPECT_TRUE(prompts.notices.first().contains(QStringLiteral("不能跨磁盘移入回收站")))
+        << prompts.notices.first().toStdString();
+}
+
+// The original stays until every byte arrived: a scratch two thirds in fails the move, and the file system
+// would have let the source be removed.
+TEST_F(FilesFuseTest, MoveAcrossFileSystemsThatFailsMidwayKeepsTheSource)
+{
+    const QString bad = disc->file("bad.dat");
+    listOnly(bad);
+    shell.folder = out;
+    commands.MoveTo();
+    ASSERT_EQ(prompts.notices.size(), 1);
+    EXPECT_TRUE(prompts.notices.first().contains(qt_error_string(EIO)))
+        << prompts.notices.first().toStdString();
+    EXPECT_EQ(list.entries(), QStringList{bad});
+    EXPECT_TRUE(QFileInfo::exists(bad));
+    EXPECT_EQ(outEntries(), QStringList{});
+
+    // The same move of a readable file removes its source, so the check above means something.
+    const FileOpResult moved = shell.real.moveInto(disc->file("good.dat"), out, nullptr);
+    EXPECT_TRUE(moved.done()) << moved.error;
+    EXPECT_FALSE(QFileInfo::exists(disc->file("good.dat")));
+    EXPECT_EQ(QFileInfo(out + QStringLiteral("/good.dat")).size(), 3 * 1024 * 1024);
+}
+
+// Cancel while the worker waits in a read that never returns: control comes back at once, the partial
+// file is gone, and the file of the same name that was there before is untouched even though replacing it
+// had been approved.
+TEST_F(FilesFuseTest, CancelDuringAHangingReadReturnsAtOnceAndLeavesNoPartialFile)
+{
+    const QString existing = out + QStringLiteral("/hang.dat");
+    QFile old(existing);
+    ASSERT_TRUE(old.open(QIODevice::WriteOnly));
+    old.write("the user's own file");
+    old.close();
+    QStringList asked;
+    shell.real.setReplaceQuestion([&](const QString& target, QWidget*) {
+        asked << target;
+        return true;
+    });
+
+    QWidget owner;
+    QElapsedTimer sinceCancel;
+    QObject::connect(&disc->process(), &QProcess::readyReadStandardOutput, &owner, [&] {
+        if (!disc->process().readAllStandardOutput().contains("hanging") || sinceCancel.isValid())
+            return;
+        auto* cancel = owner.findChild<QPushButton*>();
+        ASSERT_NE(cancel, nullptr);
+        sinceCancel.start();
+        cancel->click();
+    });
+    QTimer giveUp; // should the read never hang, the test fails instead of waiting forever
+    giveUp.setSingleShot(true);
+    QObject::connect(&giveUp, &QTimer::timeout, &owner, [&] {
+        if (auto* cancel = owner.findChild<QPushButton*>())
+            cancel->click();
+    });
+    giveUp.start(30000);
+
+    const FileOpResult result = shell.real.copyInto(disc->file("hang.dat"), out, &owner);
+
+    ASSERT_TRUE(sinceCancel.isValid()) << "the read never hung";
+    EXPECT_LT(sinceCancel.elapsed(), 2000);
+    EXPECT_EQ(result.status, FileOpResult::Status::Cancelled);
+    EXPECT_EQ(asked, QStringList{existing});
+    EXPECT_EQ(outEntries(), QStringList{QStringLiteral("hang.dat")});
+    // The worker ends once its read returns, and leaves nothing behind either.
+    disc->release();
+    ASSERT_TRUE(platform::FileTransfer::waitForAbandonedWorkers(10000));
+    EXPECT_EQ(outEntries(), QStringList{QStringLiteral("hang.dat")});
+    ASSERT_TRUE(old.open(QIODevice::ReadOnly));
+    EXPECT_EQ(old.readAll(), QByteArray("the user's own file"));
+}
+
+} // namespace
