@@ -1,6 +1,9 @@
-// vindaro-info FILE...: prints the summary the property window shows for MP3, SWF and ZIP files.
+// vindaro-info FILE...: prints the summary the property window shows for MP3, SWF and ZIP files, and
+// the resource tree and version text of EXE and DLL modules.
 #include "InfoText.h"
 #include "ZipInformation.h"
+#include "pe/PeImage.h"
+#include "pe/VersionInfo.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -8,6 +11,7 @@
 #include <QStringList>
 
 #include <cstdio>
+#include <iterator>
 
 namespace {
 
@@ -33,6 +37,7 @@ void printHelp()
                        "  MP3  ID3v1 标签信息和 MPEG 信息\n"
                        "  SWF  Flash 影片信息（仅限未压缩的影片）\n"
                        "  ZIP  压缩包中的文件和文件夹列表及统计\n"
+                       "  EXE、DLL  资源树（类型、名称、字节数）和版本信息\n"
                        "选项：\n"
                        "  -h, --help  显示此帮助\n"
                        "任一文件无法读取时，退出码为 1。\n"));
@@ -52,6 +57,52 @@ bool printZip(const QString& path)
     if (!opened)
         return false;
     write(stdout, zip.getFileQuantitySize().join(QLatin1Char('\n')) + QLatin1Char('\n'));
+    return true;
+}
+
+// The tree's text of an integer resource type. The resource browser has the same table; until the tool
+// can share it, this copy keeps vindaro-info free of the window code.
+QString resourceTypeText(quint16 type)
+{
+    static const char* const kTexts[] = {nullptr, "Hardware-dependent cursor resource", "Bitmap resource",
+        "Hardware-dependent icon resource", "Menu resource", "Dialog box", "String-table entry",
+        "Font directory resource", "Font resource", "Accelerator table",
+        "Application-defined resource (raw data)", "Message-table entry",
+        "Hardware-independent cursor resource", nullptr, "Hardware-independent icon resource", nullptr,
+        "Version resource", "Header file that contains menu and dialog box #define statements", nullptr,
+        "Plug and play resource", "VXD", "Animated cursor", "Animated icon", "HTML document"};
+    const char* text = type < std::size(kTexts) ? kTexts[type] : nullptr;
+    return QString::fromLatin1(text ? text : "User-defined custom resource");
+}
+
+// The resource tree as the browser shows it, one line per type (its key "#N" or its name, a tab, its
+// text) and per resource below it (a tab, its name, a tab, its size as the browser finds it), then the
+// version text. False when the file is no module.
+bool printModule(const QString& path)
+{
+    using namespace vindaro::info::pe;
+    const PeImage image = PeImage::fromFile(path);
+    if (!image.isValid())
+        return false;
+    write(stdout, QStringLiteral("资源：\n"));
+    const QList<ResourceId> types = image.resourceTypes();
+    if (types.isEmpty())
+        write(stdout, QStringLiteral("（没有资源）\n"));
+    for (const ResourceId& type : types) {
+        const QString key = type.isInteger ? QStringLiteral("#%1").arg(type.number) : type.name;
+        write(stdout,
+            key + QLatin1Char('\t') + (type.isInteger ? resourceTypeText(type.number) : type.name)
+                + QLatin1Char('\n'));
+        for (const ResourceId& name : image.resourceNames(type)) {
+            const QString nameText = name.isInteger ? QStringLiteral("#%1").arg(name.number) : name.name;
+            const auto entry = image.find(type.text(), nameText);
+            write(stdout, QStringLiteral("\t%1\t%2 字节\n").arg(name.text()).arg(entry ? entry->size : 0));
+        }
+    }
+    const QString version = moduleVersionText(image);
+    write(stdout, QStringLiteral("版本信息：\n"));
+    write(stdout,
+        version.isEmpty() ? QStringLiteral("（没有版本信息）\n") : unixLines(version) + QLatin1Char('\n'));
     return true;
 }
 
@@ -81,9 +132,15 @@ bool printFile(const QString& path)
             write(stderr, QStringLiteral("vindaro-info：无法读取文件“%1”。\n").arg(path));
             return false;
         }
+    } else if (kind == QLatin1String("EXE") || kind == QLatin1String("DLL")) {
+        if (!printModule(path)) {
+            write(stderr, QStringLiteral("vindaro-info：文件“%1”不是可读的 EXE 或 DLL 模块。\n").arg(path));
+            return false;
+        }
     } else {
         write(stderr,
-            QStringLiteral("vindaro-info：不支持文件“%1”的类型，只能显示 MP3、SWF 和 ZIP 文件的信息。\n")
+            QStringLiteral(
+                "vindaro-info：不支持文件“%1”的类型，只能显示 MP3、SWF、ZIP、EXE 和 DLL 文件的信息。\n")
                 .arg(path));
         return false;
     }
