@@ -128,22 +128,22 @@ ResourceBrowser::ResourceBrowser(QWidget* parent)
     txtShortFileNameB->setObjectName(QStringLiteral("txtShortFileNameB"));
     txtShortFileNameB->setReadOnly(true);
     txtShortFileNameB->setFrame(false);
-    txtShortFileNameB->setGeometry(30, 4, 330, 20);
+    txtShortFileNameB->setGeometry(30, 4, 510, 20);
 
     TreeView1 = new QTreeWidget(this);
     TreeView1->setObjectName(QStringLiteral("TreeView1"));
     TreeView1->setHeaderHidden(true);
-    TreeView1->setGeometry(8, 28, 150, 296);
+    TreeView1->setGeometry(8, 28, 180, 296);
     TreeView1->setUniformRowHeights(true);
 
     PicInfor = new PictureArea(this);
     PicInfor->setObjectName(QStringLiteral("PicInfor"));
-    PicInfor->setGeometry(162, 28, 198, 296);
+    PicInfor->setGeometry(192, 28, 348, 296);
     Text1 = new QPlainTextEdit(this);
     Text1->setObjectName(QStringLiteral("Text1"));
     Text1->setReadOnly(true);
     Text1->setLineWrapMode(QPlainTextEdit::NoWrap);
-    Text1->setGeometry(162, 28, 198, 296);
+    Text1->setGeometry(192, 28, 348, 296);
     PicInfor->hide();
 
     cmdOpen = new QPushButton(QStringLiteral("打开[&O]"), this);
@@ -152,9 +152,9 @@ ResourceBrowser::ResourceBrowser(QWidget* parent)
     cmdSave->setObjectName(QStringLiteral("cmdSave"));
     cmdExit = new QPushButton(QStringLiteral("退出[&X]"), this);
     cmdExit->setObjectName(QStringLiteral("cmdExit"));
-    cmdOpen->setGeometry(130, 330, 74, 24);
-    cmdSave->setGeometry(208, 330, 74, 24);
-    cmdExit->setGeometry(286, 330, 74, 24);
+    cmdOpen->setGeometry(310, 330, 74, 24);
+    cmdSave->setGeometry(388, 330, 74, 24);
+    cmdExit->setGeometry(466, 330, 74, 24);
 
     askSaveName = [this](const QString& title, const QString& filter) {
         return QFileDialog::getSaveFileName(this, title, QString(), filter);

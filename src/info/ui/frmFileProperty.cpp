@@ -74,7 +74,7 @@ void separator(int y, QWidget* parent)
     auto* line = new QFrame(parent);
     line->setFrameShape(QFrame::HLine);
     line->setFrameShadow(QFrame::Sunken);
-    line->setGeometry(8, y, 352, 2);
+    line->setGeometry(8, y, 532, 2);
 }
 
 QLabel* swatch(const char* name, const QColor& colour, const QRect& geometry, QWidget* parent)
@@ -167,9 +167,9 @@ frmFileProperty::frmFileProperty(platform::Volumes& volumes, platform::Shell& sh
                                                                     : QStringLiteral("MS Sans Serif"));
     song.setPointSize(9);
     setFont(song);
-    setFixedSize(380, 428);
+    setFixedSize(560, 428);
 
-    TabStrip1 = named(new QTabBar(this), "TabStrip1", QRect(6, 6, 368, 24));
+    TabStrip1 = named(new QTabBar(this), "TabStrip1", QRect(6, 6, 548, 24));
     TabStrip1->addTab(QStringLiteral("常规[&N]"));
     TabStrip1->addTab(QStringLiteral("摘要[&D]"));
     TabStrip1->addTab(QStringLiteral("驱动器属性"));
@@ -178,11 +178,18 @@ frmFileProperty::frmFileProperty(platform::Volumes& volumes, platform::Shell& sh
     buildGeneralPage();
     buildSummaryPages();
     buildDrivePage();
+    // "宋体" draws Latin text at a fixed pitch, which the hex dumps and listings rely on; without it the
+    // preview box takes the fixed system face rather than a proportional one.
+    if (!QFontDatabase::hasFamily(QStringLiteral("宋体"))) {
+        QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+        fixed.setPointSize(font().pointSize());
+        Pic_EXE_Dll->Text1->setFont(fixed);
+    }
 
-    cmdSure = named(new QPushButton(QStringLiteral("确定[&S]"), this), "cmdSure", QRect(140, 396, 74, 24));
+    cmdSure = named(new QPushButton(QStringLiteral("确定[&S]"), this), "cmdSure", QRect(320, 396, 74, 24));
     cmdCancel
-        = named(new QPushButton(QStringLiteral("取消[&C]"), this), "cmdCancel", QRect(220, 396, 74, 24));
-    cmdApply = named(new QPushButton(QStringLiteral("应用[&A]"), this), "cmdApply", QRect(300, 396, 74, 24));
+        = named(new QPushButton(QStringLiteral("取消[&C]"), this), "cmdCancel", QRect(400, 396, 74, 24));
+    cmdApply = named(new QPushButton(QStringLiteral("应用[&A]"), this), "cmdApply", QRect(480, 396, 74, 24));
     cmdApply->setEnabled(false);
     cmdSure->setDefault(true);
     connect(cmdSure, &QPushButton::clicked, this, &QDialog::accept);
@@ -197,7 +204,7 @@ frmFileProperty::~frmFileProperty() = default;
 
 void frmFileProperty::buildGeneralPage()
 {
-    Pic_Normal = named(new QWidget(this), "Pic_Normal", QRect(6, 30, 368, 360));
+    Pic_Normal = named(new QWidget(this), "Pic_Normal", QRect(6, 30, 548, 360));
     QWidget* page = Pic_Normal;
     PicIcon_32 = valueLabel("PicIcon_32", QString(), QRect(16, 12, 32, 32), page);
     txtFullFileName = nameBox("txtFullFileName", QRect(70, 18, 280, 20), page);
@@ -232,27 +239,30 @@ void frmFileProperty::buildGeneralPage()
 
 void frmFileProperty::buildSummaryPages()
 {
-    pic_Docket = named(new QWidget(this), "pic_Docket", QRect(6, 30, 368, 360));
+    pic_Docket = named(new QWidget(this), "pic_Docket", QRect(6, 30, 548, 360));
     picIcon_16A = valueLabel("picIcon_16A", QString(), QRect(8, 6, 16, 16), pic_Docket);
-    txtShortFileNameA = nameBox("txtShortFileNameA", QRect(30, 4, 330, 20), pic_Docket);
-    txtDocket = named(new QPlainTextEdit(pic_Docket), "txtDocket", QRect(8, 28, 352, 326));
+    txtShortFileNameA = nameBox("txtShortFileNameA", QRect(30, 4, 510, 20), pic_Docket);
+    txtDocket = named(new QPlainTextEdit(pic_Docket), "txtDocket", QRect(8, 28, 532, 326));
     txtDocket->setReadOnly(true);
     docketColours(txtDocket);
-    lvZIPView = named(new QTreeWidget(pic_Docket), "lvZIPView", QRect(8, 28, 352, 326));
+    lvZIPView = named(new QTreeWidget(pic_Docket), "lvZIPView", QRect(8, 28, 532, 326));
     lvZIPView->setRootIsDecorated(false);
     lvZIPView->setUniformRowHeights(true);
     lvZIPView->setHeaderLabels(ZipInformation::columnCaptions());
     lvZIPView->header()->setStretchLastSection(false);
+    const int widths[] = {170, 84, 130, 64, 84, 76};
+    for (int column = 0; column < 6; ++column)
+        lvZIPView->setColumnWidth(column, widths[column]);
     docketColours(lvZIPView);
     lvZIPView->hide();
 
     Pic_EXE_Dll = new ResourceBrowser(this);
-    Pic_EXE_Dll->setGeometry(6, 30, 368, 360);
+    Pic_EXE_Dll->setGeometry(6, 30, 548, 360);
 }
 
 void frmFileProperty::buildDrivePage()
 {
-    pic_DriveProp = named(new DrivePanel(this), "pic_DriveProp", QRect(6, 30, 368, 360));
+    pic_DriveProp = named(new DrivePanel(this), "pic_DriveProp", QRect(6, 30, 548, 360));
     QWidget* page = pic_DriveProp;
     picDiskIcon = valueLabel("picDiskIcon", QString(), QRect(16, 10, 32, 32), page);
     caption(QStringLiteral("卷标名(&L)："), 60, 18, page, 84);
@@ -278,7 +288,7 @@ void frmFileProperty::buildDrivePage()
     caption(QStringLiteral("总计空间："), 34, 162, page);
     lblTotalSpace = valueLabel("lblTotalSpace", zeroBytes, QRect(110, 162, 150, 18), page);
     lblTotalSpaceA = valueLabel("lblTotalSpaceA", zeroGb, QRect(262, 162, 96, 18), page);
-    lblDriveName = valueLabel("lblDriveName", QStringLiteral("驱动器 "), QRect(8, 250, 352, 18), page);
+    lblDriveName = valueLabel("lblDriveName", QStringLiteral("驱动器 "), QRect(8, 250, 532, 18), page);
     for (QLabel* label :
         {lblTotalSpace, lblAvailableSpace, lblSpaceUsed, lblTotalSpaceA, lblAvailableSpaceA, lblSpaceUsedA})
         label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
