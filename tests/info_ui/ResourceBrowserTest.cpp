@@ -87,6 +87,9 @@ protected:
         pe.add(6, 2, 0x0409, stringTable({{0, QStringLiteral("Sixteen")}}));
         pe.add(5, 100, 0x0409, dialogTemplate());
         pe.add(10, 5, 0x0409, QByteArray("0123456789ABCDEFG"));
+        pe.add(16, 1, 0x0804,
+            PeBuilder::versionResource({{QStringLiteral("CompanyName"), QStringLiteral("Vindaro")},
+                {QStringLiteral("FileVersion"), QStringLiteral("2.0")}}));
         pe.add("AVI", "INTRO", 0x0409, QByteArray("RIFF\x10\0\0\0AVI LIST", 16));
         modulePath = dir.filePath(QStringLiteral("lib.dll"));
         QFile file(modulePath);
@@ -202,6 +205,15 @@ TEST_F(ResourceBrowserTest, TypeSixExportsEveryStringTableAndOtherTypesNeedAName
     browser->chooseNode(typeNode(QStringLiteral("Application-defined resource (raw data)")));
     browser->cmdSave_Click();
     EXPECT_EQ(errors, QStringList{QStringLiteral("Error!: No resource selected!")});
+}
+
+TEST_F(ResourceBrowserTest, VersionResourceShowsTheModulesStringsInKeyOrder)
+{
+    browser->chooseNode(resourceNode(QStringLiteral("Version resource"), QStringLiteral("1")));
+    EXPECT_TRUE(browser->Text1->isVisibleTo(browser));
+    EXPECT_TRUE(browser->text().endsWith(QString(77, QLatin1Char('-'))
+        + QStringLiteral("\r\nFileVersion:\r\n\t2.0\r\nCompanyName:\r\n\tVindaro")))
+        << browser->text().toStdString();
 }
 
 TEST_F(ResourceBrowserTest, DialogIsDrawnAsAMockUpAtItsDialogUnits)

@@ -200,7 +200,11 @@ void ResourceBrowser::fillTree(const QString& rootKey, const QString& rootText)
     TreeView1->clear();
     m_type.clear();
     m_name.clear();
+    // The node images: a module, a folder per type, a document per resource.
+    const QIcon rootIcon = style()->standardIcon(QStyle::SP_ComputerIcon);
+    const QIcon typeIcon = style()->standardIcon(QStyle::SP_DirIcon);
     auto* root = new QTreeWidgetItem(QStringList{rootText});
+    root->setIcon(0, rootIcon);
     root->setData(0, kKeyRole, rootKey);
     const QList<ResourceTypeNode> types = m_model.typeNodes();
     QList<QTreeWidgetItem*> typeItems;
@@ -208,6 +212,7 @@ void ResourceBrowser::fillTree(const QString& rootKey, const QString& rootText)
     for (const ResourceTypeNode& type : types) {
         auto* item = new QTreeWidgetItem(QStringList{type.text});
         item->setData(0, kKeyRole, type.key);
+        item->setIcon(0, typeIcon);
         item->addChild(new QTreeWidgetItem(QStringList{kDummy}));
         typeItems.append(item);
     }
@@ -228,9 +233,13 @@ void ResourceBrowser::expandType(QTreeWidgetItem* typeNode)
     if (typeNode->childCount() == 0 || typeNode->child(0)->text(0) != kDummy)
         return;
     delete typeNode->takeChild(0);
+    const QIcon resourceIcon = style()->standardIcon(QStyle::SP_FileIcon);
     QList<QTreeWidgetItem*> items;
-    for (const QString& name : m_model.resourceNodeTexts(typeOfNode(typeNode)))
-        items.append(new QTreeWidgetItem(QStringList{name}));
+    for (const QString& name : m_model.resourceNodeTexts(typeOfNode(typeNode))) {
+        auto* item = new QTreeWidgetItem(QStringList{name});
+        item->setIcon(0, resourceIcon);
+        items.append(item);
+    }
     typeNode->addChildren(items);
 }
 
