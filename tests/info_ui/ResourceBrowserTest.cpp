@@ -216,6 +216,39 @@ TEST_F(ResourceBrowserTest, VersionResourceShowsTheModulesStringsInKeyOrder)
         << browser->text().toStdString();
 }
 
+TEST_F(ResourceBrowserTest, ExportWritesByTheChosenEnding)
+{
+    if (!QImageReader::supportedImageFormats().contains("ico"))
+        GTEST_SKIP() << "Qt's ico image reader is not installed";
+    const struct
+    {
+        const char* type;
+        const char* name;
+        const char* file;
+        QByteArray head; // the written file begins so; empty: nothing is written
+    } cases[] = {
+        {"Hardware-independent icon resource", "1", "a.ico", QByteArray("\0\0\1\0", 4)},
+        {"Hardware-independent icon resource", "1", "a.bmp", QByteArray("BM")},
+        {"Hardware-independent icon resource", "1", "a.png", {}},
+        {"Application-defined resource (raw data)", "5", "raw.bin", QByteArray("0123456789ABCDEFG")},
+        {"Version resource", "1", "version.doc", {}},
+    };
+    for (const auto& c : cases) {
+        const QString target = dir.filePath(QString::fromLatin1(c.file));
+        browser->askSaveName = [&](const QString&, const QString&) { return target; };
+        browser->chooseNode(resourceNode(QString::fromLatin1(c.type), QString::fromLatin1(c.name)));
+        browser->cmdSave_Click();
+        QFile file(target);
+        EXPECT_EQ(file.exists(), !c.head.isEmpty()) << c.file;
+        if (file.open(QIODevice::ReadOnly)) {
+            EXPECT_TRUE(file.readAll().startsWith(c.head)) << c.file;
+        }
+    }
+    EXPECT_FALSE(QImage(dir.filePath(QStringLiteral("a.ico"))).isNull());
+    EXPECT_EQ(QImage(dir.filePath(QStringLiteral("a.bmp"))).size(), QSize(16, 16));
+    EXPECT_TRUE(errors.isEmpty());
+}
+
 TEST_F(ResourceBrowserTest, DialogIsDrawnAsAMockUpAtItsDialogUnits)
 {
     browser->chooseNode(resourceNode(QStringLiteral("Dialog box"), QStringLiteral("100")));

@@ -249,6 +249,8 @@ void ResourceBrowser::setText(const QString& text)
     Text1->setPlainText(forDisplay(m_text));
 }
 
+// QPlainTextEdit has no 65,535-character limit to raise, so the limit textToAppend() asks for needs no
+// action here; its "too long" lines still keep a huge listing out of the box.
 void ResourceBrowser::appendText(const QString& text)
 {
     m_text += text;
