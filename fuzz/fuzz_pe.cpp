@@ -21,17 +21,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     qsizetype names = 0;
     for (const ResourceId& type : image.resourceTypes())
         names += image.resourceNames(type).size();
-    if (names > 262144 + 65536 * 4)
+    if (names > 4194304) // every name is one of the directory entries the walk reads
         __builtin_trap();
     for (const ResourceEntry& entry : leaves) {
         const QByteArray resource = image.data(entry);
         // all the bytes or none, and never more than the module holds
-        if (!resource.isEmpty() && (resource.size() != qsizetype(entry.size) || resource.size() > bytes.size()))
+        if (!resource.isEmpty()
+            && (resource.size() != qsizetype(entry.size) || resource.size() > bytes.size()))
             __builtin_trap();
         // the browser names every leaf so that the lookup finds one ("#N" for integer names; a name that
         // itself reads "#N" means the integer N there, as on the platform)
         const QString typeText = entry.type.text();
-        const QString nameText = entry.name.isInteger ? QStringLiteral("#%1").arg(entry.name.number) : entry.name.name;
+        const QString nameText
+            = entry.name.isInteger ? QStringLiteral("#%1").arg(entry.name.number) : entry.name.name;
         if (!nameText.startsWith(QLatin1Char('#')) || entry.name.isInteger) {
             if (!image.find(typeText, nameText))
                 __builtin_trap();

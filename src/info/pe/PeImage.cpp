@@ -18,6 +18,8 @@ constexpr int kMaxSections = 96;
 constexpr quint32 kMaxEntriesPerDirectory = 65536;
 constexpr qint64 kMaxEntriesVisited = 4194304;
 constexpr qsizetype kMaxLeaves = 262144;
+// All names together: 16 Mi UTF-16 units (a name has at most 65,535).
+constexpr qint64 kMaxNameUnits = 16 * 1024 * 1024;
 constexpr quint32 kHighBit = 0x80000000u;
 
 // Random-access reads of the module, all or nothing. From a file, pages of 64 KiB are read when first
@@ -106,12 +108,20 @@ struct TypeNode
     QList<ResourceId> names; // in directory order
 };
 
-// Resource names compare as the platform's lookup compares them: numbers exactly, names ignoring case.
-bool sameResource(const ResourceId& a, const ResourceId& b)
+QString exactKey(const ResourceId& id)
 {
-    if (a.isInteger != b.isInteger)
-        return false;
-    return a.isInteger ? a.number == b.number : QString::compare(a.name, b.name, Qt::CaseInsensitive) == 0;
+    return id.isInteger ? QStringLiteral("#%1").arg(id.number) : QLatin1Char('$') + id.name;
+}
+
+// A key of (type, name) equal for ids the lookup takes as the same: numbers exactly, names ignoring case
+// as the platform's lookup does.
+QString lookupKey(const ResourceId& type, const ResourceId& name)
+{
+    auto part = [](const ResourceId& id) {
+        return id.isInteger ? QStringLiteral("#%1").arg(id.number)
+                            : QLatin1Char('$') + id.name.toCaseFolded();
+    };
+    return part(type) + QChar(0) + part(name);
 }
 
 // A decimal number of 1 to 5 digits up to 65535, nothing else (no sign, no blank).
@@ -143,9 +153,24 @@ struct PeImage::Impl
     QList<Section> sections;
     QList<TypeNode> types;
     QList<ResourceEntry> leaves;
+    // The first leaf of each (type, name) as the lookup compares them, so a tree of thousands of
+    // resources is sized one lookup at a time without a walk over all leaves.
+    QHash<QString, qsizetype> firstLeaf;
+    QHash<QString, QList<qsizetype>> typeNodes; // the nodes of each type (a damaged file may repeat one)
 
     void read(Reader& reader);
     void readResources(Reader& reader, quint32 directoryRva);
+    void index()
+    {
+        firstLeaf.reserve(leaves.size());
+        for (qsizetype i = 0; i < types.size(); ++i)
+            typeNodes[exactKey(types.at(i).type)].push_back(i);
+        for (qsizetype i = 0; i < leaves.size(); ++i) {
+            const QString key = lookupKey(leaves.at(i).type, leaves.at(i).name);
+            if (!firstLeaf.contains(key))
+                firstLeaf.insert(key, i);
+        }
+    }
 
     // The file offset of `length` bytes at `rva`, when they lie in the file's bytes of one section (or in
     // the headers). Bytes a section has only in memory (past its raw size) are not in the file.
@@ -264,14 +289,22 @@ void PeImage::Impl::readResources(Reader& reader, quint32 directoryRva)
         }
         return entries;
     };
+    // Names are read once per offset; all names together are capped, so a hostile directory whose entries
+    // all name one long text, or overlapping long texts, cannot make the walk copy gigabytes.
+    QHash<quint32, QString> namesByOffset;
+    qint64 nameUnitsRead = 0;
     auto id = [&](quint32 field) -> std::optional<ResourceId> {
         if (!(field & kHighBit))
             return ResourceId::fromNumber(static_cast<quint16>(field));
         const quint32 offset = field & ~kHighBit;
+        const auto known = namesByOffset.constFind(offset);
+        if (known != namesByOffset.constEnd())
+            return ResourceId::fromName(known.value());
         const auto lengthAt = at(offset, 2);
         const auto length = lengthAt ? reader.u16(*lengthAt) : std::nullopt;
-        if (!length)
+        if (!length || nameUnitsRead + *length > kMaxNameUnits)
             return std::nullopt;
+        nameUnitsRead += *length;
         const auto textAt = at(offset + 2, 2u * *length);
         QByteArray units(2 * qsizetype(*length), '\0');
         if (!textAt || !reader.read(*textAt, units.size(), units.data()))
@@ -280,18 +313,23 @@ void PeImage::Impl::readResources(Reader& reader, quint32 directoryRva)
         for (qsizetype i = 0; i < name.size(); ++i)
             name[i] = QChar(static_cast<char16_t>(static_cast<unsigned char>(units[2 * i])
                 | (static_cast<unsigned char>(units[2 * i + 1]) << 8)));
+        namesByOffset.insert(offset, name);
         return ResourceId::fromName(name);
+    };
+    // An entry that leads to a directory not yet followed. A data entry right below the root or the type
+    // level has no place in a three-level tree.
+    auto leadsOn = [&](const RawEntry& entry) {
+        return (entry.data & kHighBit) && !followed.contains(entry.data & ~kHighBit);
     };
 
     for (const RawEntry& typeEntry : directory(0)) {
-        const auto type = id(typeEntry.name);
-        // A data entry right below the root (or a name beyond reach) has no place in a three-level tree.
-        if (!type || !(typeEntry.data & kHighBit) || followed.contains(typeEntry.data & ~kHighBit))
+        const auto type = leadsOn(typeEntry) ? id(typeEntry.name) : std::nullopt;
+        if (!type)
             continue;
         TypeNode node{*type, {}};
         for (const RawEntry& nameEntry : directory(typeEntry.data & ~kHighBit)) {
-            const auto name = id(nameEntry.name);
-            if (!name || !(nameEntry.data & kHighBit) || followed.contains(nameEntry.data & ~kHighBit))
+            const auto name = leadsOn(nameEntry) ? id(nameEntry.name) : std::nullopt;
+            if (!name)
                 continue;
             node.names.push_back(*name);
             for (const RawEntry& languageEntry : directory(nameEntry.data & ~kHighBit)) {
@@ -335,6 +373,7 @@ PeImage PeImage::fromFile(const QString& path)
         return image;
     Reader reader(&file);
     image.d->read(reader);
+    image.d->index();
     return image;
 }
 
@@ -344,6 +383,7 @@ PeImage PeImage::fromBytes(const QByteArray& bytes)
     image.d->bytes = bytes;
     Reader reader(bytes);
     image.d->read(reader);
+    image.d->index();
     return image;
 }
 
@@ -379,10 +419,8 @@ QList<ResourceId> PeImage::resourceTypes() const
 QList<ResourceId> PeImage::resourceNames(const ResourceId& type) const
 {
     QList<ResourceId> names;
-    for (const TypeNode& node : d->types) {
-        if (node.type == type)
-            names += node.names;
-    }
+    for (const qsizetype node : d->typeNodes.value(exactKey(type)))
+        names += d->types.at(node).names;
     return names;
 }
 
@@ -405,10 +443,9 @@ std::optional<ResourceEntry> PeImage::find(const QString& typeText, const QStrin
 
 std::optional<ResourceEntry> PeImage::find(const ResourceId& type, const ResourceId& name) const
 {
-    for (const ResourceEntry& entry : d->leaves) {
-        if (sameResource(entry.type, type) && sameResource(entry.name, name))
-            return entry;
-    }
+    const auto found = d->firstLeaf.constFind(lookupKey(type, name));
+    if (found != d->firstLeaf.constEnd())
+        return d->leaves.at(found.value());
     return std::nullopt;
 }
 
