@@ -102,13 +102,22 @@ TEST_P(DialogForms, HeaderFontAndControls)
 
 INSTANTIATE_TEST_SUITE_P(ClassicAndExtended, DialogForms, ::testing::Bool());
 
-TEST(DialogTemplate, NoFontBlockWithoutSetFont)
+// Without DS_SETFONT there is no font block; point size 0x7FFF (the message-box font) has nothing after it.
+// Either way the one control must be read from the right place.
+TEST(DialogTemplate, FontBlockOnlyWhenItIsThere)
 {
-    ResourceBuilder b;
-    b.u32(0x80C80000).u32(0).u16(0).u16(0).u16(0).u16(50).u16(40).u16(0).sz(QStringLiteral("Cls")).sz({});
-    const auto parsed = parseDialogTemplate(b.bytes);
-    ASSERT_TRUE(parsed);
-    EXPECT_EQ(parsed->pointSize, 0);
-    EXPECT_EQ(parsed->windowClass, QStringLiteral("Cls"));
-    EXPECT_TRUE(parsed->controls.isEmpty());
+    for (const bool messageBoxFont : {false, true}) {
+        ResourceBuilder b;
+        b.u32(messageBoxFont ? 0x80C80040 : 0x80C80000).u32(0).u16(1).u16(0).u16(0).u16(50).u16(40);
+        b.u16(0).sz(QStringLiteral("Cls")).sz({});
+        if (messageBoxFont)
+            b.u16(0x7FFF);
+        b.align4().u32(0).u32(0).u16(1).u16(2).u16(3).u16(4).u16(5).u16(0xFFFF).u16(0x80).sz({}).u16(0);
+        const auto parsed = parseDialogTemplate(b.bytes);
+        ASSERT_TRUE(parsed) << messageBoxFont;
+        EXPECT_EQ(parsed->pointSize, 0);
+        EXPECT_EQ(parsed->windowClass, QStringLiteral("Cls"));
+        ASSERT_EQ(parsed->controls.size(), 1);
+        EXPECT_EQ(parsed->controls[0].id, 5u);
+    }
 }

@@ -66,6 +66,20 @@ TEST(ResourcePictures, IconGroupWithTwoSizesReadsAsBoth)
     EXPECT_EQ(second.size(), QSize(32, 32));
     EXPECT_EQ(first.pixel(3, 3), 0xFFFF0000);
     EXPECT_EQ(second.pixel(30, 1), 0xFF0000FF);
+
+    // a hostile group naming one 4 MiB member 60,000 times is refused, not built
+    ResourceBuilder hostile;
+    hostile.u16(0).u16(1).u16(60000);
+    for (int i = 0; i < 60000; ++i)
+        hostile.u8(0).u8(0).u8(0).u8(0).u16(1).u16(32).u32(0).u16(1);
+    const QByteArray large = iconDib(1024, 0xFF000000);
+    int lookups = 0;
+    const auto lookup = [&](quint16) {
+        ++lookups;
+        return large;
+    };
+    EXPECT_TRUE(iconFileFromGroup(hostile.bytes, lookup, false).isEmpty());
+    EXPECT_LT(lookups, 100);
 }
 
 TEST(ResourcePictures, SingleImagesDibAndPng)
@@ -111,8 +125,7 @@ TEST(ResourcePictures, CursorHotSpotMovesIntoTheEntry)
     }
 }
 
-// A 3×2 bitmap in the layouts whose pixels start at different offsets; the pixel read back proves that the
-// file header points at the pixels.
+// A 3×2 bitmap in the layouts whose pixels start at different offsets.
 TEST(ResourcePictures, DibBecomesABitmapFileQtReads)
 {
     const struct
@@ -133,6 +146,7 @@ TEST(ResourcePictures, DibBecomesABitmapFileQtReads)
             = row.coloursUsed ? row.coloursUsed : (row.bitCount <= 8 ? 1u << row.bitCount : 0);
         for (quint32 i = 0; i < paletteSize; ++i)
             b.u32(i == 1 ? 0x0000FF00 : 0x00000000); // index 1 is green
+        const qsizetype pixelsOffset = 14 + b.bytes.size();
         const int rowBytes = ((3 * row.bitCount + 31) / 32) * 4;
         for (int y = 0; y < 2; ++y) {
             QByteArray line(rowBytes, '\0');
@@ -153,6 +167,8 @@ TEST(ResourcePictures, DibBecomesABitmapFileQtReads)
         }
         const QByteArray bmp = bitmapFileFromDib(b.bytes);
         ASSERT_EQ(bmp.size(), 14 + b.bytes.size()) << row.name;
+        EXPECT_EQ(word(bmp, 10), pixelsOffset)
+            << row.name; // Qt's reader forgives an offset short of the pixels
         const QImage image = readImage(bmp, "bmp");
         EXPECT_EQ(image.size(), QSize(3, 2)) << row.name;
         const QRgb pixel = image.pixel(2, 1);

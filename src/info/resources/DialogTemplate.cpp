@@ -158,6 +158,11 @@ std::optional<DialogTemplate> parseDialogTemplate(const QByteArray& resource)
         const auto pointSize = in.u16();
         if (!pointSize)
             return std::nullopt;
+        // 0x7FFF names the system's message-box font: no weight, italic or face follow, and the template
+        // counts as naming no font of its own.
+        if (*pointSize == 0x7FFF)
+            return readControls(in, dialog.extended, *count, dialog.controls) ? std::optional(dialog)
+                                                                              : std::nullopt;
         if (dialog.extended && !in.skip(2 + 1 + 1)) // weight, italic, charset
             return std::nullopt;
         const auto face = in.utf16z();

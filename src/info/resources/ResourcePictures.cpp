@@ -106,6 +106,10 @@ std::optional<IconEntry> entryForMember(const QByteArray& member, bool cursor)
     return entry;
 }
 
+// A group may name one large member thousands of times; real icon files stay far below this (ten 256-pixel
+// 32-bit images are under 3 MiB).
+constexpr qint64 kMaxIconFileBytes = 64 * 1024 * 1024;
+
 // ICONDIR (WORD 0, WORD type: 1 icon, 2 cursor, WORD count), the entries, then the images in their order.
 QByteArray iconFile(const QList<IconEntry>& entries, bool cursor)
 {
@@ -117,7 +121,7 @@ QByteArray iconFile(const QList<IconEntry>& entries, bool cursor)
     putU16(file, static_cast<quint32>(entries.size()));
     qint64 imageOffset = 6 + 16 * entries.size();
     for (const IconEntry& entry : entries) {
-        if (imageOffset + entry.image.size() > 0x7FFFFFFF)
+        if (imageOffset + entry.image.size() > kMaxIconFileBytes)
             return {};
         file.append(static_cast<char>(entry.width));
         file.append(static_cast<char>(entry.height));
@@ -157,13 +161,18 @@ QByteArray iconFileFromGroup(
     if (!reserved || !type || !count || *reserved != 0)
         return {};
     QList<IconEntry> entries;
+    qint64 total = 6;
     for (quint16 i = 0; i < *count; ++i) {
         if (!in.skip(12))
             break; // a directory cut short still gives the members it names
         const quint16 member = *in.u16();
         const auto entry = entryForMember(memberImage(member), cursor);
-        if (entry)
-            entries.append(*entry);
+        if (!entry)
+            continue;
+        total += 16 + entry->image.size();
+        if (total > kMaxIconFileBytes)
+            return {};
+        entries.append(*entry);
     }
     return iconFile(entries, cursor);
 }
