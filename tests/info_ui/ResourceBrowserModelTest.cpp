@@ -24,22 +24,6 @@ TEST(ResourceBrowserModel, NodeTypesNamesAndHeader)
         QStringLiteral("ResourceType: Menu resource|ResourceName: #2|ResourceSize: 0 bytes"));
 }
 
-TEST(ResourceBrowserModel, PreviewKindByType)
-{
-    const struct
-    {
-        const char* type;
-        PreviewKind kind;
-    } cases[] = {{"1", PreviewKind::Picture}, {"2", PreviewKind::Picture}, {"3", PreviewKind::Picture},
-        {"12", PreviewKind::Picture}, {"14", PreviewKind::Picture}, {"png", PreviewKind::Picture},
-        {"JPEG", PreviewKind::Picture}, {"5", PreviewKind::Dialog}, {"17", PreviewKind::Dialog},
-        {"avi", PreviewKind::Video}, {"4", PreviewKind::Text}, {"6", PreviewKind::Text},
-        {"16", PreviewKind::Text}, {"23", PreviewKind::Text}, {"HTML", PreviewKind::Text},
-        {"10", PreviewKind::Text}, {"MYDATA", PreviewKind::Text}};
-    for (const auto& c : cases)
-        EXPECT_EQ(previewKindOf(QString::fromLatin1(c.type)), c.kind) << c.type;
-}
-
 TEST(ResourceBrowserModel, ExportPlans)
 {
     const struct
@@ -93,14 +77,6 @@ TEST(ResourceBrowserModel, ExportWritesByEnding)
         {ExportContent::Bytes, "/t/a", ExportWrite::RawBytes}};
     for (const auto& c : cases)
         EXPECT_EQ(exportWriteFor(c.content, QString::fromLatin1(c.file)), c.write) << c.file;
-}
-
-TEST(ResourceBrowserModel, VideoFileStaysOutOfSystemFolders)
-{
-    const QString path = ResourceBrowserModel::videoTempPath();
-    EXPECT_TRUE(path.endsWith(QStringLiteral("/avifile.tmp")));
-    EXPECT_FALSE(path.startsWith(QStringLiteral("/usr"))) << path.toStdString();
-    EXPECT_FALSE(path.startsWith(QStringLiteral("/etc"))) << path.toStdString();
 }
 
 } // namespace
