@@ -5,8 +5,10 @@
 #include "fakes/FakeShell.h"
 #include "fakes/FakeVolumes.h"
 #include "files/FileSystem.h"
+#include "platform/linux/LinuxVolumes.h"
 #include "ui/ResourceBrowser.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QFile>
 #include <QLabel>
@@ -181,6 +183,28 @@ TEST_F(FrmFilePropertyTest, FileOffEveryDriveKeepsTheStartingTexts)
     EXPECT_EQ(window.lblDriveName->text(), QStringLiteral("驱动器 "));
     EXPECT_EQ(window.TabStrip1->tabText(2), QStringLiteral("驱动器属性"));
     EXPECT_FALSE(window.pic_DriveProp->hasPie());
+}
+
+// The real mount table: the temporary folder's volume fills the drive page, and a label the system
+// refuses changes nothing and shows nothing.
+TEST_F(FrmFilePropertyTest, RealVolumeFillsTheDrivePageAndARefusedLabelSaysNothing)
+{
+    platform::LinuxVolumes real;
+    const QString path = makeFile(QStringLiteral("real.zip"), 10);
+    frmFileProperty window(real, shell);
+    window.GetInfor(path);
+    if (window.driveRoot().isEmpty())
+        GTEST_SKIP() << "the temporary folder is on no volume of the mount table";
+    EXPECT_TRUE(path.startsWith(window.driveRoot()));
+    EXPECT_NE(window.lblTotalSpace->text(), QStringLiteral("0  字节"));
+    EXPECT_TRUE(window.pic_DriveProp->hasPie());
+    const QString label = real.identity(window.driveRoot()).value_or(platform::VolumeIdentity{}).label;
+    if (window.txtVolumeName->isReadOnly())
+        GTEST_SKIP() << "the volume is an optical disc";
+    QTest::keyClicks(window.txtVolumeName, QStringLiteral("Z"));
+    QTest::mouseClick(window.cmdApply, Qt::LeftButton);
+    EXPECT_EQ(real.identity(window.driveRoot()).value_or(platform::VolumeIdentity{}).label, label);
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 
 QByteArray zipEntry(const QByteArray& name, quint32 size, quint32 packed)
