@@ -22,6 +22,7 @@
 #include "files/ui/FileListController.h"
 #include "files/ui/FileListDialogs.h"
 #include "files/ui/FileMenu.h"
+#include "info/ui/frmFileProperty.h"
 #include "sysinfo/OsVersionName.h"
 
 #include <QCloseEvent>
@@ -153,6 +154,12 @@ FrmCopy::FrmCopy(const FrmCopyServices& services, QWidget* parent)
 
     m_fileList
         = new files::FileListController(*m_fileSystem, *m_services.prompter, *m_services.listDialogs, this);
+    // ZIP, SWF, EXE, DLL and MP3 files get the program's own property window, shown modally.
+    m_fileList->commands().setPropertyWindow([this](const QString& path) {
+        info::ui::frmFileProperty window(m_services.volumes, m_services.shell, this);
+        window.GetInfor(path);
+        window.exec();
+    });
     m_tray = new chrome::TrayController(this, m_services.trayAvailable);
     buildWindow();
 

@@ -9,6 +9,7 @@
 #include "copy/ui/ProgressBar.h"
 #include "files/ui/FileListCombo.h"
 #include "files/ui/FileMenu.h"
+#include "info/ui/frmFileProperty.h"
 #include "sysinfo/OsVersionName.h"
 
 #include <QApplication>
@@ -19,6 +20,7 @@
 #include <QRadioButton>
 #include <QStatusBar>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QUrl>
 
 using namespace vindaro;
@@ -171,6 +173,42 @@ TEST(FrmCopyShell, RefreshAndClearActOnTheListAndTheFigures)
     EXPECT_EQ(rig.combo()->count(), 0);
     EXPECT_EQ(rig.label("lblFilesInfo")->text(), "文件总数：0个，总计大小：0M，0字节");
     EXPECT_FALSE(fileMenu(rig)->entry(QStringLiteral("mnuCopyTo"))->isEnabled());
+}
+
+// The file menu's properties entry opens the program's own window for a ZIP file (closed here as soon as
+// it shows) and hands other files to the desktop.
+TEST(FrmCopyShell, PropertiesOpensTheOwnWindowForZipAndTheDesktopSheetForOthers)
+{
+    Rig rig;
+    ListedFiles listed;
+    const QString zip = listed.make(rig, QStringLiteral("a.zip"));
+    const QString dat = listed.make(rig, QStringLiteral("b.dat"));
+    rig.listPrompts.openAnswer = {zip, dat};
+    rig.click("cmdSourceFile");
+
+    QStringList shown;
+    const auto closeWhenShown = [&] {
+        QTimer::singleShot(0, [&] {
+            for (QWidget* top : QApplication::topLevelWidgets()) {
+                if (auto* window = qobject_cast<info::ui::frmFileProperty*>(top);
+                    window && window->isVisible()) {
+                    shown << window->windowTitle();
+                    window->reject();
+                }
+            }
+        });
+    };
+    closeWhenShown();
+    triggerMenuEntry(rig, "mnuFileroperty");
+    EXPECT_EQ(shown, QStringList{QStringLiteral("a.zip 属性")});
+    EXPECT_FALSE(rig.shell.calls.contains(QStringLiteral("showProperties ") + zip));
+
+    rig.combo()->setCurrentIndex(1);
+    emit rig.combo()->activated(1);
+    closeWhenShown();
+    triggerMenuEntry(rig, "mnuFileroperty");
+    EXPECT_EQ(shown.size(), 1);
+    EXPECT_TRUE(rig.shell.calls.contains(QStringLiteral("showProperties ") + dat));
 }
 
 // A file dropped on any control, even one made late in the window's construction, joins the list.

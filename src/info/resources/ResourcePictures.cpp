@@ -82,7 +82,7 @@ std::optional<IconEntry> entryForImage(const QByteArray& image)
         return std::nullopt;
     entry.width = sizeByte(*width);
     entry.height = sizeByte(*height / 2);
-    entry.colourCount = *bitCount < 8 ? static_cast<quint8>(1u << *bitCount) : 0;
+    entry.colourCount = *bitCount < 8 ? static_cast<quint8>(1u << *bitCount) : quint8(0);
     entry.planesOrHotX = *planes;
     entry.bitCountOrHotY = *bitCount;
     return entry;

@@ -1,0 +1,273 @@
+#include "ui/frmFileProperty.h"
+#include "PropertyTexts.h"
+#include "ZipInformation.h"
+#include "chrome/ToolTips.h"
+#include "fakes/FakeShell.h"
+#include "fakes/FakeVolumes.h"
+#include "files/FileSystem.h"
+#include "platform/linux/LinuxVolumes.h"
+#include "ui/ResourceBrowser.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTabBar>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTreeWidget>
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+using namespace vindaro;
+using info::ui::frmFileProperty;
+
+namespace {
+
+constexpr quint64 kGiB = quint64(1) << 30;
+
+class FrmFilePropertyTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(dir.isValid());
+        volumes.add(dir.path(), platform::kDriveFixed, QStringLiteral("/dev/sda2"), QStringLiteral("ext4"));
+        platform::VolumeSpace space;
+        space.totalBytes = 4 * kGiB;
+        space.freeBytes = kGiB;
+        space.totalFreeBytes = kGiB;
+        volumes.spaces.insert(dir.path(), space);
+        volumes.identities.insert(
+            dir.path(), platform::VolumeIdentity{QStringLiteral("DATA"), 0x1A2B, QStringLiteral("ext4")});
+    }
+
+    QString makeFile(const QString& name, qint64 bytes, int mode = 0644, const QByteArray& content = {})
+    {
+        const QString path = dir.filePath(name);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+        if (bytes > content.size())
+            file.resize(bytes);
+        file.close();
+        EXPECT_EQ(::chmod(QFile::encodeName(path).constData(), static_cast<mode_t>(mode)), 0);
+        return path;
+    }
+
+    int attributes(const QString& path)
+    {
+        files::FileSystem fs(volumes, shell);
+        return fs.GetFileAttributesNumber(path);
+    }
+
+    QTemporaryDir dir;
+    vindaro::testing::FakeVolumes volumes;
+    vindaro::testing::FakeShell shell;
+};
+
+TEST_F(FrmFilePropertyTest, LengthLineSwitchesToKilobytesAfter1024000Bytes)
+{
+    const struct
+    {
+        qint64 bytes;
+        const char* text;
+    } cases[] = {{1024000, "1,024,000字节"}, {1024001, "1,000KB [1,024,001字节]"}};
+    for (const auto& c : cases) {
+        const QString path = makeFile(QStringLiteral("f%1.zip").arg(c.bytes), c.bytes);
+        frmFileProperty window(volumes, shell);
+        window.GetInfor(path);
+        EXPECT_EQ(window.lblFileLength->text(), QString::fromUtf8(c.text));
+        EXPECT_EQ(window.windowTitle(), QStringLiteral("f%1.zip 属性").arg(c.bytes));
+    }
+}
+
+TEST_F(FrmFilePropertyTest, AttributeBoxesShowTheRealFile)
+{
+    const struct
+    {
+        const char* name;
+        int mode;
+        bool readOnly, hidden;
+    } cases[] = {
+        {".hidden.zip", 0444, true, true}, {"plain.zip", 0644, false, false}, {"ro.zip", 0444, true, false}};
+    for (const auto& c : cases) {
+        frmFileProperty window(volumes, shell);
+        window.GetInfor(makeFile(QString::fromLatin1(c.name), 10, c.mode));
+        EXPECT_EQ(window.chkReadOnly->isChecked(), c.readOnly) << c.name;
+        EXPECT_EQ(window.chkHide->isChecked(), c.hidden) << c.name;
+        EXPECT_TRUE(window.chkDocument->isChecked()) << c.name;
+        EXPECT_FALSE(window.chkSystem->isChecked()) << c.name;
+        EXPECT_FALSE(window.cmdApply->isEnabled());
+    }
+}
+
+TEST_F(FrmFilePropertyTest, ApplyWritesTheWordAndOkWithoutApplyDoesNot)
+{
+    const QString path = makeFile(QStringLiteral("song.mp3"), 100);
+    {
+        frmFileProperty window(volumes, shell);
+        window.GetInfor(path);
+        QTest::mouseClick(window.chkReadOnly, Qt::LeftButton);
+        EXPECT_TRUE(window.cmdApply->isEnabled());
+        EXPECT_EQ(attributes(path), 32); // nothing written before Apply
+        QTest::mouseClick(window.cmdApply, Qt::LeftButton);
+        EXPECT_EQ(attributes(path), 33);
+        EXPECT_EQ(window.cmdSure->text(), QStringLiteral("关闭[&E]"));
+    }
+    {
+        frmFileProperty window(volumes, shell);
+        window.GetInfor(path);
+        ASSERT_TRUE(window.chkReadOnly->isChecked());
+        QTest::mouseClick(window.chkReadOnly, Qt::LeftButton);
+        QTest::mouseClick(window.cmdSure, Qt::LeftButton);
+        EXPECT_EQ(attributes(path), 33);
+    }
+}
+
+TEST_F(FrmFilePropertyTest, CdRomLabelBoxTakesNoKeyOtherDrivesTakeALabel)
+{
+    const QString path = makeFile(QStringLiteral("a.zip"), 10);
+    {
+        volumes.volumes[0].kind = platform::kDriveCdRom;
+        frmFileProperty window(volumes, shell);
+        window.GetInfor(path);
+        QTest::keyClicks(window.txtVolumeName, QStringLiteral("XY"));
+        QTest::keyClick(window.txtVolumeName, Qt::Key_Backspace);
+        EXPECT_EQ(window.txtVolumeName->text(), QStringLiteral("DATA"));
+        EXPECT_FALSE(window.cmdApply->isEnabled());
+        EXPECT_EQ(window.txtVolumeName->palette().color(QPalette::Base),
+            window.txtVolumeName->palette().color(QPalette::Button));
+    }
+    {
+        volumes.volumes[0].kind = platform::kDriveFixed;
+        frmFileProperty window(volumes, shell);
+        window.GetInfor(path);
+        QTest::keyClicks(window.txtVolumeName, QStringLiteral("2"));
+        EXPECT_TRUE(window.cmdApply->isEnabled());
+        QTest::mouseClick(window.cmdApply, Qt::LeftButton);
+        EXPECT_EQ(volumes.labelsSet.value(dir.path()), QStringLiteral("DATA2"));
+    }
+}
+
+TEST_F(FrmFilePropertyTest, DrivePageFiguresCaptionAndPie)
+{
+    frmFileProperty window(volumes, shell);
+    window.GetInfor(makeFile(QStringLiteral("a.swf"), 10));
+    EXPECT_EQ(window.lblTotalSpace->text(), QStringLiteral("4,294,967,296 字节"));
+    EXPECT_EQ(window.lblAvailableSpaceA->text(), QStringLiteral("1.00 GB"));
+    EXPECT_EQ(window.lblSpaceUsedA->text(), QStringLiteral("3.00 GB"));
+    EXPECT_EQ(window.txtVolumeName->text(), QStringLiteral("DATA"));
+    EXPECT_EQ(window.lblFileSystem->text(), QStringLiteral("ext4"));
+    EXPECT_EQ(window.lblDriveName->text(),
+        QStringLiteral("Drive:") + dir.path() + QStringLiteral("  SN:1A2B  p(A/T):25.00%  p(U/T):75.00%"));
+    EXPECT_EQ(window.TabStrip1->tabText(2),
+        window.lblDiskType->text() + QLatin1Char('(') + dir.path() + QStringLiteral(")属性"));
+    EXPECT_FALSE(window.lblDiskType->text().isEmpty());
+    EXPECT_TRUE(window.pic_DriveProp->hasPie());
+    EXPECT_DOUBLE_EQ(window.pic_DriveProp->usedSpan(), 270.0);
+}
+
+TEST_F(FrmFilePropertyTest, FileOffEveryDriveKeepsTheStartingTexts)
+{
+    volumes.volumes.clear();
+    frmFileProperty window(volumes, shell);
+    window.GetInfor(makeFile(QStringLiteral("a.swf"), 10));
+    EXPECT_EQ(window.lblTotalSpace->text(), QStringLiteral("0  字节"));
+    EXPECT_EQ(window.lblTotalSpaceA->text(), QStringLiteral("0 GB"));
+    EXPECT_EQ(window.lblDriveName->text(), QStringLiteral("驱动器 "));
+    EXPECT_EQ(window.TabStrip1->tabText(2), QStringLiteral("驱动器属性"));
+    EXPECT_FALSE(window.pic_DriveProp->hasPie());
+}
+
+// The real mount table: the temporary folder's volume fills the drive page, and a label the system
+// refuses changes nothing and shows nothing.
+TEST_F(FrmFilePropertyTest, RealVolumeFillsTheDrivePageAndARefusedLabelSaysNothing)
+{
+    platform::LinuxVolumes real;
+    const QString path = makeFile(QStringLiteral("real.zip"), 10);
+    frmFileProperty window(real, shell);
+    window.GetInfor(path);
+    if (window.driveRoot().isEmpty())
+        GTEST_SKIP() << "the temporary folder is on no volume of the mount table";
+    EXPECT_TRUE(path.startsWith(window.driveRoot()));
+    EXPECT_NE(window.lblTotalSpace->text(), QStringLiteral("0  字节"));
+    EXPECT_TRUE(window.pic_DriveProp->hasPie());
+    const QString label = real.identity(window.driveRoot()).value_or(platform::VolumeIdentity{}).label;
+    if (window.txtVolumeName->isReadOnly())
+        GTEST_SKIP() << "the volume is an optical disc";
+    QTest::keyClicks(window.txtVolumeName, QStringLiteral("Z"));
+    QTest::mouseClick(window.cmdApply, Qt::LeftButton);
+    EXPECT_EQ(real.identity(window.driveRoot()).value_or(platform::VolumeIdentity{}).label, label);
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+QByteArray zipEntry(const QByteArray& name, quint32 size, quint32 packed)
+{
+    QByteArray bytes("PK\x03\x04", 4);
+    const auto le = [&](quint32 value, int width) {
+        for (int i = 0; i < width; ++i)
+            bytes += static_cast<char>((value >> (8 * i)) & 0xFF);
+    };
+    le(20, 2), le(0, 2), le(0, 2), le(0x6000, 2), le(0x2E21, 2), le(0x0A0B0C0D, 4), le(packed, 4),
+        le(size, 4);
+    le(static_cast<quint32>(name.size()), 2), le(0, 2);
+    return bytes + name + QByteArray(static_cast<int>(packed), 'd');
+}
+
+TEST_F(FrmFilePropertyTest, ZipSummaryListsRowsWithColoursTipsAndTotals)
+{
+    const QByteArray zip
+        = zipEntry("docs/", 0, 0) + zipEntry("docs/a.txt", 1000, 250) + QByteArray("PK\x01\x02", 4);
+    frmFileProperty window(volumes, shell);
+    window.GetInfor(makeFile(QStringLiteral("pack.zip"), 0, 0644, zip));
+    window.TabStrip1->setCurrentIndex(1);
+    EXPECT_TRUE(window.lvZIPView->isVisibleTo(&window));
+    EXPECT_FALSE(window.txtDocket->isVisibleTo(&window));
+    ASSERT_EQ(window.lvZIPView->columnCount(), 6);
+    ASSERT_EQ(window.lvZIPView->topLevelItemCount(), 6); // two entries and the four summary rows
+    const QTreeWidgetItem* folder = window.lvZIPView->topLevelItem(0);
+    const QTreeWidgetItem* file = window.lvZIPView->topLevelItem(1);
+    EXPECT_EQ(folder->text(0), QStringLiteral("[01][文件夹]docs/"));
+    EXPECT_EQ(folder->foreground(0).color(), QColor(0, 168, 168));
+    EXPECT_EQ(file->text(0), QStringLiteral("[01]docs/a.txt"));
+    EXPECT_EQ(file->text(3), QStringLiteral("75.00%"));
+    EXPECT_EQ(file->toolTip(4), file->text(0));
+    EXPECT_EQ(window.lvZIPView->topLevelItem(4)->text(0), QStringLiteral("文 件 数：1 个"));
+    EXPECT_EQ(window.lvZIPView->palette().color(QPalette::Base), QColor(255, 255, 245));
+}
+
+TEST_F(FrmFilePropertyTest, TabsShowTheirPanelsAndNameBoxesGetBalloons)
+{
+    frmFileProperty window(volumes, shell);
+    window.GetInfor(makeFile(QStringLiteral("clip.swf"), 10));
+    const struct
+    {
+        int tab;
+        QWidget* shown;
+    } cases[] = {{0, window.Pic_Normal}, {1, window.pic_Docket}, {2, window.pic_DriveProp}};
+    for (const auto& c : cases) {
+        window.TabStrip1->setCurrentIndex(c.tab);
+        for (QWidget* panel : {window.Pic_Normal, window.pic_Docket,
+                 static_cast<QWidget*>(window.Pic_EXE_Dll), static_cast<QWidget*>(window.pic_DriveProp)})
+            EXPECT_EQ(panel->isVisibleTo(&window), panel == c.shown) << c.tab;
+    }
+    window.TabStrip1->setCurrentIndex(1);
+    EXPECT_TRUE(window.txtDocket->isVisibleTo(&window));
+    EXPECT_FALSE(window.lvZIPView->isVisibleTo(&window));
+    for (const char* name :
+        {"txtFullFileName", "txtFilePosition", "txtShortFileNameA", "txtShortFileNameB"}) {
+        auto* box = window.findChild<QLineEdit*>(QString::fromLatin1(name));
+        ASSERT_TRUE(box) << name;
+        const auto* tip = chrome::ToolTips::of(box);
+        ASSERT_TRUE(tip) << name;
+        EXPECT_EQ(tip->text(), box->text()) << name;
+    }
+}
+
+} // namespace

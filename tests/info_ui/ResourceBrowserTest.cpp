@@ -1,0 +1,299 @@
+#include "ui/ResourceBrowser.h"
+#include "ResourceBrowserModel.h"
+#include "fakes/FakeShell.h"
+#include "fakes/FakeVolumes.h"
+#include "info_pe/PeBuilder.h"
+#include "info_resources/ResourceBuilder.h"
+#include "ui/DialogMockup.h"
+#include "ui/frmFileProperty.h"
+
+#include <QFile>
+#include <QImageReader>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTreeWidget>
+
+#include <gtest/gtest.h>
+
+using namespace vindaro;
+using info::ui::frmFileProperty;
+using info::ui::ResourceBrowser;
+using vindaro::testing::PeBuilder;
+
+namespace {
+
+// A 32-bit icon image: BITMAPINFOHEADER with the height doubled, colour rows, then the AND mask.
+QByteArray iconDib(int size, quint32 argb)
+{
+    ResourceBuilder b;
+    b.u32(40).u32(static_cast<quint32>(size)).u32(static_cast<quint32>(2 * size)).u16(1).u16(32);
+    b.u32(0).u32(0).u32(0).u32(0).u32(0).u32(0);
+    for (int i = 0; i < size * size; ++i)
+        b.u32(argb);
+    b.raw(QByteArray(size * ((size + 31) / 32) * 4, '\0'));
+    return b.bytes;
+}
+
+QByteArray iconGroup(quint16 member, qsizetype memberBytes)
+{
+    ResourceBuilder group;
+    group.u16(0).u16(1).u16(1);
+    group.u8(16).u8(16).u8(0).u8(0).u16(1).u16(32).u32(static_cast<quint32>(memberBytes)).u16(member);
+    return group.bytes;
+}
+
+// Table `table` with its strings at the given places (0..15 within the table).
+QByteArray stringTable(const QList<std::pair<int, QString>>& strings)
+{
+    ResourceBuilder b;
+    for (int i = 0; i < 16; ++i) {
+        QString text;
+        for (const auto& [at, value] : strings)
+            if (at == i)
+                text = value;
+        b.u16(static_cast<quint32>(text.size()));
+        for (QChar c : text)
+            b.u16(c.unicode());
+    }
+    return b.bytes;
+}
+
+// A classic dialog template with one push button "OK" at (10, 10), 50 x 14 units, and a caption.
+QByteArray dialogTemplate()
+{
+    ResourceBuilder b;
+    b.u32(0x80C00000 | 0x40).u32(0).u16(1).u16(0).u16(0).u16(120).u16(60); // WS_POPUP|WS_CAPTION|DS_SETFONT
+    b.u16(0).u16(0).sz(QStringLiteral("About")).u16(8).sz(QStringLiteral("MS Shell Dlg"));
+    b.align4();
+    b.u32(0x50010000).u32(0).u16(10).u16(10).u16(50).u16(14).u16(1);
+    b.u16(0xFFFF).u16(0x0080).sz(QStringLiteral("OK")).u16(0);
+    return b.bytes;
+}
+
+class ResourceBrowserTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(dir.isValid());
+        const QByteArray icon = iconDib(16, 0xFFFF0000);
+        PeBuilder pe;
+        pe.add(3, 1, 0x0409, icon);
+        pe.add(3, 2, 0x0409, QByteArray("not an icon"));
+        pe.add(14, 1, 0x0409, iconGroup(1, icon.size()));
+        pe.add(6, 1, 0x0409, stringTable({{1, QStringLiteral("One")}, {3, QStringLiteral("Three")}}));
+        pe.add(6, 2, 0x0409, stringTable({{0, QStringLiteral("Sixteen")}}));
+        pe.add(5, 100, 0x0409, dialogTemplate());
+        pe.add(10, 5, 0x0409, QByteArray("0123456789ABCDEFG"));
+        pe.add(16, 1, 0x0804,
+            PeBuilder::versionResource({{QStringLiteral("CompanyName"), QStringLiteral("Vindaro")},
+                {QStringLiteral("FileVersion"), QStringLiteral("2.0")}}));
+        pe.add("AVI", "INTRO", 0x0409, QByteArray("RIFF\x10\0\0\0AVI LIST", 16));
+        modulePath = dir.filePath(QStringLiteral("lib.dll"));
+        QFile file(modulePath);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(pe.build());
+        file.close();
+        window = std::make_unique<frmFileProperty>(volumes, shell);
+        window->GetInfor(modulePath);
+        browser = window->Pic_EXE_Dll;
+        browser->showError
+            = [this](const QString& title, const QString& text) { errors << title + ": " + text; };
+    }
+
+    QTreeWidgetItem* typeNode(const QString& text) const
+    {
+        QTreeWidgetItem* root = browser->rootNode();
+        for (int i = 0; root && i < root->childCount(); ++i)
+            if (root->child(i)->text(0) == text)
+                return root->child(i);
+        return nullptr;
+    }
+
+    QTreeWidgetItem* resourceNode(const QString& typeText, const QString& name)
+    {
+        QTreeWidgetItem* type = typeNode(typeText);
+        if (!type)
+            return nullptr;
+        type->setExpanded(true);
+        for (int i = 0; i < type->childCount(); ++i)
+            if (type->child(i)->text(0) == name)
+                return type->child(i);
+        return nullptr;
+    }
+
+    QTemporaryDir dir;
+    vindaro::testing::FakeVolumes volumes;
+    vindaro::testing::FakeShell shell;
+    QString modulePath;
+    std::unique_ptr<frmFileProperty> window;
+    ResourceBrowser* browser = nullptr;
+    QStringList errors;
+};
+
+TEST_F(ResourceBrowserTest, IconGroupNodeIsDummyUntilExpandedThenPreviewsTheIcon)
+{
+    if (!QImageReader::supportedImageFormats().contains("ico"))
+        GTEST_SKIP() << "Qt's ico image reader is not installed";
+    QTreeWidgetItem* root = browser->rootNode();
+    ASSERT_TRUE(root);
+    EXPECT_EQ(root->text(0), QStringLiteral("lib.dll"));
+    EXPECT_TRUE(root->isExpanded());
+    QTreeWidgetItem* group = typeNode(QStringLiteral("Hardware-independent icon resource"));
+    ASSERT_TRUE(group);
+    ASSERT_EQ(group->childCount(), 1);
+    EXPECT_EQ(group->child(0)->text(0), QStringLiteral("Dummy"));
+
+    QTreeWidgetItem* icon
+        = resourceNode(QStringLiteral("Hardware-independent icon resource"), QStringLiteral("1"));
+    ASSERT_TRUE(icon);
+    EXPECT_EQ(group->childCount(), 1);
+    browser->TreeView1->setCurrentItem(icon);
+    EXPECT_TRUE(browser->text().contains(QStringLiteral("\r\nResourseName: #1\r\n")));
+    EXPECT_TRUE(browser->PicInfor->isVisibleTo(browser));
+    EXPECT_FALSE(browser->Text1->isVisibleTo(browser));
+    EXPECT_EQ(browser->PicInfor->picture().size(), QSize(16, 16));
+    const QStringList lines = browser->PicInfor->lines();
+    EXPECT_TRUE(lines.contains(QStringLiteral("ImageType: Icon/cursor (*.ico/*.cur)")))
+        << lines.join('|').toStdString();
+    EXPECT_TRUE(lines.contains(QStringLiteral("ImageSize[Width*Height]: 16×16 pixels")));
+    EXPECT_TRUE(lines.contains(QStringLiteral("ResourceName: #1")));
+}
+
+TEST_F(ResourceBrowserTest, SeventeenBytesGiveTwoDumpLinesAndBrokenIconSaysSo)
+{
+    QTreeWidgetItem* data
+        = resourceNode(QStringLiteral("Application-defined resource (raw data)"), QStringLiteral("5"));
+    ASSERT_TRUE(data);
+    browser->chooseNode(data);
+    const QStringList parts = browser->text().split(QString(77, QLatin1Char('-')) + QStringLiteral("\r\n"));
+    ASSERT_EQ(parts.size(), 2);
+    EXPECT_TRUE(parts[0].contains(QStringLiteral("ResourceSize: 17 bytes")));
+    const QStringList dump = parts[1].split(QStringLiteral("\r\n"), Qt::SkipEmptyParts);
+    ASSERT_EQ(dump.size(), 2);
+    EXPECT_EQ(dump[0].size() + 2, 79); // with its CR LF
+    EXPECT_TRUE(dump[1].startsWith(QStringLiteral("00000010 | 47 ")));
+
+    browser->chooseNode(
+        resourceNode(QStringLiteral("Hardware-dependent icon resource"), QStringLiteral("2")));
+    EXPECT_EQ(browser->PicInfor->lines().constLast(), QStringLiteral("Error: Can not load resourse."));
+}
+
+TEST_F(ResourceBrowserTest, TypeSixExportsEveryStringTableAndOtherTypesNeedAName)
+{
+    const QString target = dir.filePath(QStringLiteral("all.TXT"));
+    QString askedFilter;
+    browser->askSaveName = [&](const QString& title, const QString& filter) {
+        EXPECT_EQ(title, QStringLiteral("保存"));
+        askedFilter = filter;
+        return target;
+    };
+    browser->chooseNode(typeNode(QStringLiteral("String-table entry")));
+    EXPECT_EQ(browser->text(), QStringLiteral("ResourceType: String-table entry"));
+    browser->cmdSave_Click();
+    EXPECT_EQ(askedFilter, QStringLiteral("Save as text (*.txt)"));
+    QFile file(target);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(file.readAll());
+    EXPECT_TRUE(text.contains(QStringLiteral("1: One\r\n"))) << text.toStdString();
+    EXPECT_TRUE(text.contains(QStringLiteral("3: Three\r\n")));
+    EXPECT_TRUE(text.contains(QStringLiteral("16: Sixteen\r\n")));
+    EXPECT_TRUE(errors.isEmpty());
+
+    browser->chooseNode(typeNode(QStringLiteral("Application-defined resource (raw data)")));
+    browser->cmdSave_Click();
+    EXPECT_EQ(errors, QStringList{QStringLiteral("Error!: No resource selected!")});
+}
+
+TEST_F(ResourceBrowserTest, VersionResourceShowsTheModulesStringsInKeyOrder)
+{
+    browser->chooseNode(resourceNode(QStringLiteral("Version resource"), QStringLiteral("1")));
+    EXPECT_TRUE(browser->Text1->isVisibleTo(browser));
+    EXPECT_TRUE(browser->text().endsWith(QString(77, QLatin1Char('-'))
+        + QStringLiteral("\r\nFileVersion:\r\n\t2.0\r\nCompanyName:\r\n\tVindaro")))
+        << browser->text().toStdString();
+}
+
+TEST_F(ResourceBrowserTest, ExportWritesByTheChosenEnding)
+{
+    if (!QImageReader::supportedImageFormats().contains("ico"))
+        GTEST_SKIP() << "Qt's ico image reader is not installed";
+    const struct
+    {
+        const char* type;
+        const char* name;
+        const char* file;
+        QByteArray head; // the written file begins so; empty: nothing is written
+    } cases[] = {
+        {"Hardware-independent icon resource", "1", "a.ico", QByteArray("\0\0\1\0", 4)},
+        {"Hardware-independent icon resource", "1", "a.bmp", QByteArray("BM")},
+        {"Hardware-independent icon resource", "1", "a.png", {}},
+        {"Application-defined resource (raw data)", "5", "raw.bin", QByteArray("0123456789ABCDEFG")},
+        {"Version resource", "1", "version.doc", {}},
+    };
+    for (const auto& c : cases) {
+        const QString target = dir.filePath(QString::fromLatin1(c.file));
+        browser->askSaveName = [&](const QString&, const QString&) { return target; };
+        browser->chooseNode(resourceNode(QString::fromLatin1(c.type), QString::fromLatin1(c.name)));
+        browser->cmdSave_Click();
+        QFile file(target);
+        EXPECT_EQ(file.exists(), !c.head.isEmpty()) << c.file;
+        if (file.open(QIODevice::ReadOnly)) {
+            EXPECT_TRUE(file.readAll().startsWith(c.head)) << c.file;
+        }
+    }
+    EXPECT_FALSE(QImage(dir.filePath(QStringLiteral("a.ico"))).isNull());
+    EXPECT_EQ(QImage(dir.filePath(QStringLiteral("a.bmp"))).size(), QSize(16, 16));
+    EXPECT_TRUE(errors.isEmpty());
+}
+
+TEST_F(ResourceBrowserTest, DialogIsDrawnAsAMockUpAtItsDialogUnits)
+{
+    browser->chooseNode(resourceNode(QStringLiteral("Dialog box"), QStringLiteral("100")));
+    auto* mockup = browser->PicInfor->findChild<info::ui::DialogMockup*>();
+    ASSERT_TRUE(mockup);
+    EXPECT_EQ(mockup->pos(), QPoint(0, 0));
+    auto* ok = mockup->findChild<QPushButton*>();
+    ASSERT_TRUE(ok);
+    EXPECT_EQ(ok->text(), QStringLiteral("OK"));
+    EXPECT_EQ(ok->geometry(),
+        QRect(mockup->toPixelsX(10), mockup->toPixelsY(10), mockup->toPixelsX(50), mockup->toPixelsY(14)));
+    EXPECT_GE(mockup->width(), mockup->toPixelsX(120));
+
+    browser->chooseNode(browser->rootNode()); // choosing another node destroys it
+    EXPECT_FALSE(browser->PicInfor->findChild<info::ui::DialogMockup*>());
+}
+
+TEST_F(ResourceBrowserTest, ClosingTheWindowWhileAVideoPlaysDeletesItsFile)
+{
+    browser->chooseNode(resourceNode(QStringLiteral("AVI"), QStringLiteral("INTRO")));
+    const QString temp = info::ResourceBrowserModel::videoTempPath();
+    EXPECT_TRUE(browser->videoPlaying());
+    EXPECT_TRUE(QFile::exists(temp));
+    window->reject();
+    EXPECT_FALSE(browser->videoPlaying());
+    EXPECT_FALSE(QFile::exists(temp));
+}
+
+TEST_F(ResourceBrowserTest, OpenAnotherModuleShowsItsFullPath)
+{
+    const QString other = dir.filePath(QStringLiteral("other.exe"));
+    QFile file(other);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(PeBuilder().add(4, 1, 0x0409, QByteArray(16, '\0')).build());
+    file.close();
+    browser->askOpenName = [&](const QString& title, const QString&) {
+        EXPECT_EQ(title, QStringLiteral("打开"));
+        return other;
+    };
+    browser->cmdOpen_Click();
+    ASSERT_TRUE(browser->rootNode());
+    EXPECT_EQ(browser->rootNode()->text(0), other);
+    EXPECT_EQ(browser->txtShortFileNameB->text(), QStringLiteral("other.exe"));
+    ASSERT_EQ(browser->rootNode()->childCount(), 1);
+    EXPECT_EQ(browser->rootNode()->child(0)->text(0), QStringLiteral("Menu resource"));
+}
+
+} // namespace
