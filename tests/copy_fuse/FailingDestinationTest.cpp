@@ -1,11 +1,11 @@
 #include "FuseMount.h"
 
+#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 #include <QRandomGenerator>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -22,13 +22,12 @@ QByteArray readFile(const QString& path)
 }
 
 // A destination whose file system fails one kind of operation; the files land in `backing`.
-class FailingDisk : public FuseMount
+class FailingDisk : public vindaro::testing::FuseMount
 {
 public:
     FailingDisk(const QString& mountPoint, const QString& backing, const char* mode, int error, qint64 limit)
         : FuseMount(QStringLiteral(FAILING_DISK_FS), mountPoint,
-            {backing, QString::fromLatin1(mode), QString::number(error), QString::number(limit)},
-            [mountPoint] { return QFileInfo::exists(mountPoint + QStringLiteral("/ready")); })
+            {backing, QString::fromLatin1(mode), QString::number(error), QString::number(limit)})
     {
     }
 };
@@ -43,7 +42,7 @@ struct ToolRun
 ToolRun copyTool(const QStringList& args)
 {
     QProcess p;
-    p.start(QStringLiteral(VINDARO_COPY_TOOL), args);
+    p.start(QStringLiteral(VINDARO_COPY), args);
     EXPECT_TRUE(p.waitForFinished(120000));
     return ToolRun{p.exitCode(), QString::fromUtf8(p.readAllStandardOutput()),
         QString::fromUtf8(p.readAllStandardError())};
@@ -89,7 +88,6 @@ TEST(FailingDestination, IsReportedKeptAndContinuedNeverSkipped)
         QTemporaryDir dir;
         const QString backing = dir.filePath(QStringLiteral("backing"));
         ASSERT_TRUE(QDir().mkpath(backing));
-        QFile(backing + QStringLiteral("/ready")).open(QIODevice::WriteOnly);
         const QString source = dir.filePath(QStringLiteral("src.dat"));
         {
             QFile f(source);
@@ -100,8 +98,7 @@ TEST(FailingDestination, IsReportedKeptAndContinuedNeverSkipped)
         const QString destination = mountPoint + QStringLiteral("/copy.dat");
         {
             FailingDisk disk(mountPoint, backing, row.mode, row.error, row.limit);
-            if (!disk.mounted())
-                GTEST_SKIP() << "FUSE cannot be mounted here: " << disk.why().toStdString();
+            VINDARO_SKIP_UNLESS_MOUNTED(disk);
 
             const ToolRun r = copyTool({QStringLiteral("-q"), QStringLiteral("-r"), QStringLiteral("1"),
                 QStringLiteral("-s"), QStringLiteral("1"), source, destination});
@@ -131,7 +128,7 @@ TEST(FailingDestination, IsReportedKeptAndContinuedNeverSkipped)
 
         // The destination works again: continuing from the record completes the copy exactly.
         FailingDisk healed(mountPoint, backing, "none", 0, 0);
-        ASSERT_TRUE(healed.mounted()) << healed.why().toStdString();
+        ASSERT_TRUE(healed.mounted()) << healed.why();
         const ToolRun r = copyTool({QStringLiteral("-q"), QStringLiteral("-r"), QStringLiteral("1"),
             QStringLiteral("-e"), QStringLiteral("continue"), source, destination});
         EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();

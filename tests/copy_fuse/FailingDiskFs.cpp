@@ -5,9 +5,7 @@
 //     MODE fsync   fsync and fdatasync fail (a write-back failure)
 //     MODE flush   close() fails (a share that reports a lost write only at the end)
 //     MODE none    nothing fails
-// Runs in the foreground, single-threaded, until unmounted or sent SIGTERM.
-#define FUSE_USE_VERSION 31
-#include <fuse.h>
+#include "FuseFs.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -118,7 +116,7 @@ int main(int argc, char** argv)
     g_errno = std::atoi(argv[4]);
     g_limit = argc > 5 ? std::atoll(argv[5]) : 0;
 
-    static struct fuse_operations operations = {};
+    static fuse_operations operations = {};
     operations.getattr = getAttributes;
     operations.open = openFile;
     operations.create = createFile;
@@ -131,9 +129,5 @@ int main(int argc, char** argv)
     operations.unlink = removeFile;
     operations.statfs = fileSystemFacts;
 
-    char program[] = "failing_disk_fs";
-    char foreground[] = "-f";
-    char single[] = "-s";
-    char* fuseArgs[] = {program, foreground, single, argv[1], nullptr};
-    return fuse_main(4, fuseArgs, &operations, nullptr);
+    return fusefs::run(argv[1], operations, fusefs::Threads::Single);
 }

@@ -1,32 +1,15 @@
 #include "FuseMount.h"
+#include "Pattern.h"
 
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
+using fusefs::patternByte;
+
 namespace {
-
-char patternByte(qint64 offset)
-{
-    return char((offset * 7 + offset / 251) & 0xFF);
-}
-
-// A file system whose one file fails with EIO where it is scratched, mounted for the life of the object.
-class ScratchedDisc : public FuseMount
-{
-public:
-    ScratchedDisc(const QString& mountPoint, qint64 size, const QString& scratches)
-        : FuseMount(QStringLiteral(SCRATCHED_DISC_FS), mountPoint, {QString::number(size), scratches},
-            [mountPoint, size] { return QFileInfo(mountPoint + QStringLiteral("/disc.dat")).size() == size; })
-    {
-    }
-    QString file() const { return path(QStringLiteral("disc.dat")); }
-};
 
 // The promise of the program, end to end on real system calls: reads of a scratched stretch fail with EIO
 // from the kernel, the copy jumps over them and goes on, and everything readable arrives in its place.
@@ -34,15 +17,17 @@ TEST(ScratchedDisc, ReadErrorsFromTheKernelAreSkippedAndTheRestArrives)
 {
     QTemporaryDir dir;
     const qint64 size = 3'000'000;
-    ScratchedDisc disc(dir.filePath(QStringLiteral("disc")), size, QStringLiteral("1000000:1,2000000:4096"));
-    if (!disc.mounted())
-        GTEST_SKIP() << "FUSE cannot be mounted here: " << disc.why().toStdString();
+    // One file whose reads fail with EIO where it is scratched.
+    vindaro::testing::FuseMount disc(QStringLiteral(SCRATCHED_DISC_FS), dir.filePath(QStringLiteral("disc")),
+        {QString::number(size), QStringLiteral("1000000:1,2000000:4096")});
+    VINDARO_SKIP_UNLESS_MOUNTED(disc);
+    const QString source = disc.path(QStringLiteral("disc.dat"));
 
     const QString copy = dir.filePath(QStringLiteral("copy.dat"));
     QProcess tool;
-    tool.start(QStringLiteral(VINDARO_COPY_TOOL),
+    tool.start(QStringLiteral(VINDARO_COPY),
         {QStringLiteral("-q"), QStringLiteral("-r"), QStringLiteral("1"), QStringLiteral("-s"),
-            QStringLiteral("1"), disc.file(), copy});
+            QStringLiteral("1"), source, copy});
     ASSERT_TRUE(tool.waitForFinished(120000));
     const QString out = QString::fromUtf8(tool.readAllStandardOutput());
     EXPECT_EQ(tool.exitCode(), 1) << QString::fromUtf8(tool.readAllStandardError()).toStdString();

@@ -8,8 +8,7 @@
 // Creating, writing, renaming and making folders fail with EROFS; the other three files can be removed
 // (so a move that wrongly removes its source shows). Multi-threaded, so a hanging read holds nothing else.
 //   faulty_folder_fs MOUNTPOINT
-#define FUSE_USE_VERSION 31
-#include <fuse.h>
+#include "FuseFs.h"
 
 #include <cerrno>
 #include <condition_variable>
@@ -18,7 +17,7 @@
 #include <mutex>
 #include <set>
 #include <string>
-#include <sys/stat.h>
+#include <vector>
 
 namespace {
 
@@ -44,31 +43,17 @@ bool isFile(const char* path)
     return false;
 }
 
-char patternByte(long long offset)
-{
-    return static_cast<char>((offset * 7 + offset / 251) & 0xFF);
-}
-
 int getAttributes(const char* path, struct stat* st, struct fuse_file_info*)
 {
-    std::memset(st, 0, sizeof(*st));
-    if (std::strcmp(path, "/") == 0) {
-        st->st_mode = S_IFDIR | 0755;
-        st->st_nlink = 2;
-        return 0;
-    }
+    if (std::strcmp(path, "/") == 0)
+        return fusefs::folderAttributes(st, 0755);
     if (std::strcmp(path, "/release") == 0) {
         std::lock_guard<std::mutex> hold(g_lock);
         g_release = true;
         g_released.notify_all();
         return -ENOENT;
     }
-    if (!isFile(path))
-        return -ENOENT;
-    st->st_mode = S_IFREG | 0644;
-    st->st_nlink = 1;
-    st->st_size = kSize;
-    return 0;
+    return isFile(path) ? fusefs::fileAttributes(st, 0644, kSize) : -ENOENT;
 }
 
 int readFolder(const char* path, void* buffer, fuse_fill_dir_t fill, off_t, struct fuse_file_info*,
@@ -76,12 +61,12 @@ int readFolder(const char* path, void* buffer, fuse_fill_dir_t fill, off_t, stru
 {
     if (std::strcmp(path, "/") != 0)
         return -ENOENT;
-    fill(buffer, ".", nullptr, 0, static_cast<fuse_fill_dir_flags>(0));
-    fill(buffer, "..", nullptr, 0, static_cast<fuse_fill_dir_flags>(0));
+    std::vector<const char*> present;
     for (const char* name : kNames) {
         if (isFile(name))
-            fill(buffer, name + 1, nullptr, 0, static_cast<fuse_fill_dir_flags>(0));
+            present.push_back(name);
     }
+    fusefs::fillFolder(buffer, fill, present);
     return 0;
 }
 
@@ -97,8 +82,7 @@ int openFile(const char* path, struct fuse_file_info* info)
 
 int readFile(const char* path, char* buffer, size_t size, off_t offset, struct fuse_file_info*)
 {
-    const long long from = offset;
-    const long long to = from + static_cast<long long>(size);
+    const long long to = offset + static_cast<long long>(size);
     if (std::strcmp(path, "/bad.dat") == 0 && to > kBadFrom)
         return -EIO;
     if (std::strcmp(path, "/hang.dat") == 0 && to > kHangFrom) {
@@ -108,12 +92,7 @@ int readFile(const char* path, char* buffer, size_t size, off_t offset, struct f
         g_released.wait(hold, [] { return g_release; });
         return -EIO;
     }
-    if (from >= kSize)
-        return 0;
-    const long long count = std::min<long long>(static_cast<long long>(size), kSize - from);
-    for (long long i = 0; i < count; ++i)
-        buffer[i] = patternByte(from + i);
-    return static_cast<int>(count);
+    return fusefs::readPattern(buffer, size, offset, kSize);
 }
 
 int removeFile(const char* path)
@@ -158,7 +137,7 @@ int main(int argc, char** argv)
 {
     if (argc != 2)
         return 2;
-    static struct fuse_operations operations = {};
+    static fuse_operations operations = {};
     operations.getattr = getAttributes;
     operations.readdir = readFolder;
     operations.open = openFile;
@@ -172,8 +151,5 @@ int main(int argc, char** argv)
     operations.link = refusePair;
     operations.rename = refuseRename;
 
-    char program[] = "faulty_folder_fs";
-    char foreground[] = "-f";
-    char* fuseArgs[] = {program, foreground, argv[1], nullptr};
-    return fuse_main(3, fuseArgs, &operations, nullptr);
+    return fusefs::run(argv[1], operations, fusefs::Threads::Multi);
 }

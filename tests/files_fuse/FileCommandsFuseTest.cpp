@@ -1,6 +1,7 @@
 // The file commands against a real file system that fails: writes refused with EROFS, a file that cannot
 // be removed, reads that fail with EIO or hang (tests run as root, so permission bits would not stop
 // anything; a FUSE file system does).
+#include "FuseMount.h"
 #include "fakes/FakeVolumes.h"
 #include "files/FileCommands.h"
 #include "files_list/ListFakes.h"
@@ -29,45 +30,17 @@ using platform::FileOpResult;
 namespace {
 
 // The file system of FaultyFolderFs.cpp, mounted for the life of the object.
-class FaultyFolder
+class FaultyFolder : public vindaro::testing::FuseMount
 {
 public:
     explicit FaultyFolder(const QString& mountPoint)
-        : m_mountPoint(mountPoint)
+        : FuseMount(QStringLiteral(FAULTY_FOLDER_FS), mountPoint, {})
     {
-        QDir().mkpath(mountPoint);
-        m_fs.start(QStringLiteral(FAULTY_FOLDER_FS), {mountPoint});
-        m_mounted = m_fs.waitForStarted(10000)
-            && QTest::qWaitFor(
-                [&] { return m_fs.state() != QProcess::Running || QFileInfo::exists(file("good.dat")); },
-                10000)
-            && m_fs.state() == QProcess::Running;
     }
-    ~FaultyFolder()
-    {
-        if (m_fs.state() != QProcess::Running)
-            return;
-        release();
-        // Lazily: the kernel may still be closing a file the test had open a moment ago.
-        QProcess::execute(
-            QStringLiteral("fusermount3"), {QStringLiteral("-u"), QStringLiteral("-z"), m_mountPoint});
-        if (!m_fs.waitForFinished(10000)) {
-            m_fs.kill();
-            m_fs.waitForFinished(10000);
-        }
-    }
-    bool mounted() const { return m_mounted; }
-    std::string why() { return QString::fromLocal8Bit(m_fs.readAllStandardError()).toStdString(); }
-    QString path() const { return m_mountPoint; }
-    QString file(const char* name) const { return m_mountPoint + u'/' + QLatin1String(name); }
+    ~FaultyFolder() override { release(); }
+    QString file(const char* name) const { return path(QLatin1String(name)); }
     // Lets every hanging read go on (they then fail).
     void release() { QFileInfo::exists(file("release")); }
-    QProcess& process() { return m_fs; }
-
-private:
-    QString m_mountPoint;
-    QProcess m_fs;
-    bool m_mounted = false;
 };
 
 // The real desktop layer with the folder chooser answered by the test.
@@ -103,8 +76,7 @@ protected:
     {
         ASSERT_TRUE(dir.isValid());
         disc = std::make_unique<FaultyFolder>(dir.filePath(QStringLiteral("fs")));
-        if (!disc->mounted())
-            GTEST_SKIP() << "FUSE cannot be mounted here: " << disc->why();
+        VINDARO_SKIP_UNLESS_MOUNTED(*disc);
         volumes.add(QStringLiteral("/"), platform::kDriveFixed, QStringLiteral("/dev/sda1"));
         out = dir.filePath(QStringLiteral("out"));
         QDir().mkpath(out);
@@ -147,7 +119,7 @@ TEST_F(FilesFuseTest, CopyIntoAFolderThatRefusesWritesIsToldAndKeepsTheEntry)
     file.write(QByteArray(100'000, 'v'));
     file.close();
     listOnly(source);
-    shell.folder = disc->path();
+    shell.folder = disc->mountPoint();
 
     commands.CopyTo();
 

@@ -1,16 +1,12 @@
+#include "FuseMount.h"
 #include "copy/VolumeDriveFacts.h"
 #include "platform/linux/LinuxVolumes.h"
 
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <gtest/gtest.h>
-
-#include <sys/mount.h>
 
 #include <atomic>
 #include <thread>
@@ -20,13 +16,6 @@ using platform::LinuxVolumes;
 
 namespace {
 
-bool inMountTable(const QString& mountPoint)
-{
-    QFile table(QStringLiteral("/proc/self/mountinfo"));
-    return table.open(QIODevice::ReadOnly)
-        && table.readAll().contains(' ' + QFile::encodeName(mountPoint) + ' '); // no blanks to escape
-}
-
 enum class Medium
 {
     Readable,
@@ -34,69 +23,25 @@ enum class Medium
     Stuck, // the daemon never answers about the root
 };
 
-// A medium mounted from the tests' own FUSE file system until unmount() or the end of the object.
-// `fsName` is the mount source the mount table shows: "/dev/sr7" makes it an optical drive.
-class MountedMedium
+// A medium mounted from the tests' own FUSE file system. `fsName` is the mount source the mount table shows:
+// "/dev/sr7" makes it an optical drive.
+class MountedMedium : public vindaro::testing::FuseMount
 {
 public:
+    MountedMedium(const QString& mountPoint, Medium medium, const QString& fsName)
+        : FuseMount(QStringLiteral(MEDIUM_FS), mountPoint,
+            {QString::fromLatin1(kModes[int(medium)]), QStringLiteral("-o"),
+                QStringLiteral("fsname=") + fsName})
+    {
+    }
     MountedMedium(const QString& mountPoint, bool readable, const QString& fsName)
         : MountedMedium(mountPoint, readable ? Medium::Readable : Medium::Unreadable, fsName)
     {
     }
-    MountedMedium(const QString& mountPoint, Medium medium, const QString& fsName)
-        : m_mountPoint(mountPoint)
-    {
-        QDir().mkpath(mountPoint);
-        const char* const modes[] = {"readable", "unreadable", "stuck"};
-        m_fs.start(QStringLiteral(MEDIUM_FS),
-            {mountPoint, QString::fromLatin1(modes[int(medium)]), QStringLiteral("-o"),
-                QStringLiteral("fsname=") + fsName});
-        // A stuck medium cannot be looked at: the mount table tells when it is there.
-        const auto ready
-            = [&] { return medium == Medium::Stuck ? inMountTable(mountPoint) : QFileInfo::exists(file()); };
-        m_mounted = m_fs.waitForStarted(10000)
-            && QTest::qWaitFor([&] { return m_fs.state() != QProcess::Running || ready(); }, 10000)
-            && m_fs.state() == QProcess::Running;
-    }
-    ~MountedMedium() { unmount(); }
-
-    // Kills the daemon: whatever waits on it gets an error (ENOTCONN) at once. The mount stays, dead,
-    // until unmount().
-    void kill()
-    {
-        m_fs.kill();
-        m_fs.waitForFinished(10000);
-    }
-
-    // True when the medium left the mount table, as an eject makes it leave. Something else holding the
-    // mount open for a moment (a folder scan of the temporary folder) gets a lazy unmount.
-    bool unmount()
-    {
-        if (m_fs.state() != QProcess::Running) {
-            // A dead mount (its daemon killed) only needs detaching.
-            return inMountTable(m_mountPoint)
-                && ::umount2(QFile::encodeName(m_mountPoint).constData(), MNT_DETACH) == 0;
-        }
-        const bool done
-            = QProcess::execute(QStringLiteral("fusermount3"), {QStringLiteral("-u"), m_mountPoint}) == 0
-            || QProcess::execute(
-                   QStringLiteral("fusermount3"), {QStringLiteral("-u"), QStringLiteral("-z"), m_mountPoint})
-                == 0;
-        if (!m_fs.waitForFinished(10000)) {
-            m_fs.kill();
-            m_fs.waitForFinished(10000);
-        }
-        return done;
-    }
-    bool mounted() const { return m_mounted; }
-    std::string why() { return QString::fromLocal8Bit(m_fs.readAllStandardError()).toStdString(); }
-    QString mountPoint() const { return m_mountPoint; }
-    QString file() const { return m_mountPoint + QStringLiteral("/disc.dat"); }
+    QString file() const { return path(QStringLiteral("disc.dat")); }
 
 private:
-    QString m_mountPoint;
-    QProcess m_fs;
-    bool m_mounted = false;
+    static constexpr const char* kModes[] = {"readable", "unreadable", "stuck"};
 };
 
 bool listed(LinuxVolumes& volumes, const QString& mountPoint)
@@ -128,8 +73,7 @@ TEST_P(MediumReadiness, FollowsTheFirstEntryOfTheRoot)
     QTemporaryDir dir;
     MountedMedium medium(
         dir.filePath(QStringLiteral("medium")), row.readable, QStringLiteral("vindaro-medium"));
-    if (!medium.mounted())
-        GTEST_SKIP() << "FUSE cannot be mounted here: " << medium.why();
+    VINDARO_SKIP_UNLESS_MOUNTED(medium);
 
     LinuxVolumes volumes;
     EXPECT_EQ(volumes.isReady(medium.mountPoint()), row.ready);
@@ -170,8 +114,7 @@ TEST_P(SourceDrive, FailureIsCheckedOnTheDriveTheCopyStartedOn)
     QDir().mkpath(dev);
     MountedMedium medium(
         dir.filePath(QStringLiteral("medium")), row.readable, QString::fromLatin1(row.fsName));
-    if (!medium.mounted())
-        GTEST_SKIP() << "FUSE cannot be mounted here: " << medium.why();
+    VINDARO_SKIP_UNLESS_MOUNTED(medium);
 
     LinuxVolumes volumes(QStringLiteral("/proc/self/mountinfo"), QStringLiteral("/sys"), dev);
     copy::VolumeDriveFacts drives(volumes);
@@ -201,8 +144,7 @@ TEST(KeptMountTable, FollowsMountsAndUnmounts)
     LinuxVolumes volumes;
     ASSERT_FALSE(listed(volumes, mountPoint));
     MountedMedium medium(mountPoint, true, QStringLiteral("vindaro-medium"));
-    if (!medium.mounted())
-        GTEST_SKIP() << "FUSE cannot be mounted here: " << medium.why();
+    VINDARO_SKIP_UNLESS_MOUNTED(medium);
     EXPECT_TRUE(listed(volumes, mountPoint));
     ASSERT_TRUE(medium.unmount());
     EXPECT_FALSE(listed(volumes, mountPoint));
@@ -215,19 +157,16 @@ TEST(KeptMountTable, AStuckFileSystemDoesNotHoldUpTheListing)
     QTemporaryDir dir;
     const QString mountPoint = dir.filePath(QStringLiteral("stuck"));
     MountedMedium medium(mountPoint, Medium::Stuck, QStringLiteral("vindaro-stuck"));
-    if (!medium.mounted())
-        GTEST_SKIP() << "FUSE cannot be mounted here: " << medium.why();
+    VINDARO_SKIP_UNLESS_MOUNTED(medium);
 
     LinuxVolumes volumes;
-    std::atomic<bool> listed{false};
+    std::atomic<bool> done{false};
     bool holdsStuck = false;
     std::thread lister([&] {
-        const QList<platform::Volume> list = volumes.list();
-        holdsStuck = std::any_of(
-            list.begin(), list.end(), [&](const platform::Volume& v) { return v.mountPoint == mountPoint; });
-        listed = true;
+        holdsStuck = listed(volumes, mountPoint);
+        done = true;
     });
-    const bool inTime = QTest::qWaitFor([&] { return listed.load(); }, 5000);
+    const bool inTime = QTest::qWaitFor([&] { return done.load(); }, 5000);
     medium.kill(); // releases a lister that waits on the daemon
     lister.join();
     EXPECT_TRUE(inTime);
