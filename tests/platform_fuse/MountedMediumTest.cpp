@@ -34,10 +34,6 @@ public:
                 QStringLiteral("fsname=") + fsName})
     {
     }
-    MountedMedium(const QString& mountPoint, bool readable, const QString& fsName)
-        : MountedMedium(mountPoint, readable ? Medium::Readable : Medium::Unreadable, fsName)
-    {
-    }
     QString file() const { return path(QStringLiteral("disc.dat")); }
 
 private:
@@ -51,46 +47,30 @@ bool listed(LinuxVolumes& volumes, const QString& mountPoint)
         list.begin(), list.end(), [&](const platform::Volume& v) { return v.mountPoint == mountPoint; });
 }
 
-struct ReadinessRow
-{
-    bool readable;
-    bool ready;
-};
-
-void PrintTo(const ReadinessRow& row, std::ostream* out)
-{
-    *out << (row.readable ? "readable" : "unreadable");
-}
-
-class MediumReadiness : public ::testing::TestWithParam<ReadinessRow>
-{
-};
-
 // Opening the root of a scratched medium succeeds; only reading an entry shows the damage.
-TEST_P(MediumReadiness, FollowsTheFirstEntryOfTheRoot)
+TEST(MediumReadiness, FollowsTheFirstEntryOfTheRoot)
 {
-    const ReadinessRow row = GetParam();
-    QTemporaryDir dir;
-    MountedMedium medium(
-        dir.filePath(QStringLiteral("medium")), row.readable, QStringLiteral("vindaro-medium"));
-    VINDARO_SKIP_UNLESS_MOUNTED(medium);
+    for (const Medium kind : {Medium::Readable, Medium::Unreadable}) {
+        const bool ready = kind == Medium::Readable;
+        SCOPED_TRACE(ready ? "readable" : "unreadable");
+        QTemporaryDir dir;
+        MountedMedium medium(dir.filePath(QStringLiteral("medium")), kind, QStringLiteral("vindaro-medium"));
+        VINDARO_SKIP_UNLESS_MOUNTED(medium);
 
-    LinuxVolumes volumes;
-    EXPECT_EQ(volumes.isReady(medium.mountPoint()), row.ready);
-    copy::VolumeDriveFacts drives(volumes);
-    EXPECT_EQ(drives.driveName(medium.file()).toStdString(), medium.mountPoint().toStdString());
-    EXPECT_EQ(drives.driveIsReady(medium.file()), row.ready);
+        LinuxVolumes volumes;
+        EXPECT_EQ(volumes.isReady(medium.mountPoint()), ready);
+        copy::VolumeDriveFacts drives(volumes);
+        EXPECT_EQ(drives.driveName(medium.file()).toStdString(), medium.mountPoint().toStdString());
+        EXPECT_EQ(drives.driveIsReady(medium.file()), ready);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Mounted, MediumReadiness, ::testing::Values(ReadinessRow{true, true}, ReadinessRow{false, false}));
 
 // What the copy's failure table hears about a source that was prepared on a mounted medium.
 struct SourceRow
 {
     const char* name;
     const char* fsName;
-    bool readable;
+    Medium medium;
     bool unmountBeforeFailure; // the disc is ejected while the copy is paused
     int kindAtStart;
     bool discNotReady;
@@ -112,8 +92,7 @@ TEST_P(SourceDrive, FailureIsCheckedOnTheDriveTheCopyStartedOn)
     // No real optical drive may be asked: the device folder is the test's own, empty one.
     const QString dev = dir.filePath(QStringLiteral("dev"));
     QDir().mkpath(dev);
-    MountedMedium medium(
-        dir.filePath(QStringLiteral("medium")), row.readable, QString::fromLatin1(row.fsName));
+    MountedMedium medium(dir.filePath(QStringLiteral("medium")), row.medium, QString::fromLatin1(row.fsName));
     VINDARO_SKIP_UNLESS_MOUNTED(medium);
 
     LinuxVolumes volumes(QStringLiteral("/proc/self/mountinfo"), QStringLiteral("/sys"), dev);
@@ -130,10 +109,11 @@ TEST_P(SourceDrive, FailureIsCheckedOnTheDriveTheCopyStartedOn)
 }
 
 INSTANTIATE_TEST_SUITE_P(Mounted, SourceDrive,
-    ::testing::Values(SourceRow{"OpticalEjected", "/dev/sr7", true, true, platform::kDriveCdRom, true},
-        SourceRow{"OpticalUnreadable", "/dev/sr7", false, false, platform::kDriveCdRom, true},
-        SourceRow{"OpticalReadable", "/dev/sr7", true, false, platform::kDriveCdRom, false},
-        SourceRow{"FixedUnmounted", "vindaro-medium", true, true, platform::kDriveFixed, false}),
+    ::testing::Values(
+        SourceRow{"OpticalEjected", "/dev/sr7", Medium::Readable, true, platform::kDriveCdRom, true},
+        SourceRow{"OpticalUnreadable", "/dev/sr7", Medium::Unreadable, false, platform::kDriveCdRom, true},
+        SourceRow{"OpticalReadable", "/dev/sr7", Medium::Readable, false, platform::kDriveCdRom, false},
+        SourceRow{"FixedUnmounted", "vindaro-medium", Medium::Readable, true, platform::kDriveFixed, false}),
     [](const ::testing::TestParamInfo<SourceRow>& row) { return std::string(row.param.name); });
 
 // The kept mount table is never stale: the kernel's change notice brings every mount and unmount.
@@ -143,7 +123,7 @@ TEST(KeptMountTable, FollowsMountsAndUnmounts)
     const QString mountPoint = dir.filePath(QStringLiteral("medium"));
     LinuxVolumes volumes;
     ASSERT_FALSE(listed(volumes, mountPoint));
-    MountedMedium medium(mountPoint, true, QStringLiteral("vindaro-medium"));
+    MountedMedium medium(mountPoint, Medium::Readable, QStringLiteral("vindaro-medium"));
     VINDARO_SKIP_UNLESS_MOUNTED(medium);
     EXPECT_TRUE(listed(volumes, mountPoint));
     ASSERT_TRUE(medium.unmount());
