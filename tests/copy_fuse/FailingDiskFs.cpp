@@ -28,81 +28,23 @@ std::string real(const char* path)
     return g_backing + path;
 }
 
-int result(int r)
+int result(long r)
 {
-    return r < 0 ? -errno : r;
+    return r < 0 ? -errno : static_cast<int>(r);
 }
 
-int getAttributes(const char* path, struct stat* st, struct fuse_file_info*)
+int fd(const fuse_file_info* info)
 {
-    return result(::lstat(real(path).c_str(), st));
+    return static_cast<int>(info->fh);
 }
 
-int openFile(const char* path, struct fuse_file_info* info)
+int opened(int descriptor, fuse_file_info* info)
 {
-    const int fd = ::open(real(path).c_str(), info->flags & ~O_TRUNC & ~O_CREAT);
-    if (fd < 0)
+    if (descriptor < 0)
         return -errno;
-    info->fh = static_cast<uint64_t>(fd);
+    info->fh = static_cast<uint64_t>(descriptor);
     info->direct_io = 1; // every write reaches us: no page cache hides a failure
     return 0;
-}
-
-int createFile(const char* path, mode_t mode, struct fuse_file_info* info)
-{
-    const int fd = ::open(real(path).c_str(), info->flags | O_CREAT, mode);
-    if (fd < 0)
-        return -errno;
-    info->fh = static_cast<uint64_t>(fd);
-    info->direct_io = 1;
-    return 0;
-}
-
-int readFile(const char*, char* buffer, size_t size, off_t offset, struct fuse_file_info* info)
-{
-    const ssize_t n = ::pread(static_cast<int>(info->fh), buffer, size, offset);
-    return n < 0 ? -errno : static_cast<int>(n);
-}
-
-int writeFile(const char*, const char* buffer, size_t size, off_t offset, struct fuse_file_info* info)
-{
-    if (g_mode == "write" && offset + static_cast<long long>(size) > g_limit)
-        return -g_errno;
-    const ssize_t n = ::pwrite(static_cast<int>(info->fh), buffer, size, offset);
-    return n < 0 ? -errno : static_cast<int>(n);
-}
-
-int syncFile(const char*, int, struct fuse_file_info* info)
-{
-    if (g_mode == "fsync")
-        return -g_errno;
-    return result(::fsync(static_cast<int>(info->fh)));
-}
-
-int flushFile(const char*, struct fuse_file_info*)
-{
-    return g_mode == "flush" ? -g_errno : 0;
-}
-
-int releaseFile(const char*, struct fuse_file_info* info)
-{
-    ::close(static_cast<int>(info->fh));
-    return 0;
-}
-
-int truncateFile(const char* path, off_t size, struct fuse_file_info*)
-{
-    return result(::truncate(real(path).c_str(), size));
-}
-
-int removeFile(const char* path)
-{
-    return result(::unlink(real(path).c_str()));
-}
-
-int fileSystemFacts(const char*, struct statvfs* facts)
-{
-    return result(::statvfs(g_backing.c_str(), facts));
 }
 
 } // namespace
@@ -117,17 +59,33 @@ int main(int argc, char** argv)
     g_limit = argc > 5 ? std::atoll(argv[5]) : 0;
 
     static fuse_operations operations = {};
-    operations.getattr = getAttributes;
-    operations.open = openFile;
-    operations.create = createFile;
-    operations.read = readFile;
-    operations.write = writeFile;
-    operations.fsync = syncFile;
-    operations.flush = flushFile;
-    operations.release = releaseFile;
-    operations.truncate = truncateFile;
-    operations.unlink = removeFile;
-    operations.statfs = fileSystemFacts;
-
+    operations.getattr = [](const char* path, struct stat* st, fuse_file_info*) {
+        return result(::lstat(real(path).c_str(), st));
+    };
+    operations.open = [](const char* path, fuse_file_info* info) {
+        return opened(::open(real(path).c_str(), info->flags & ~O_TRUNC & ~O_CREAT), info);
+    };
+    operations.create = [](const char* path, mode_t mode, fuse_file_info* info) {
+        return opened(::open(real(path).c_str(), info->flags | O_CREAT, mode), info);
+    };
+    operations.read = [](const char*, char* buffer, size_t size, off_t offset, fuse_file_info* info) {
+        return result(::pread(fd(info), buffer, size, offset));
+    };
+    operations.write = [](const char*, const char* buffer, size_t size, off_t offset, fuse_file_info* info) {
+        if (g_mode == "write" && offset + static_cast<long long>(size) > g_limit)
+            return -g_errno;
+        return result(::pwrite(fd(info), buffer, size, offset));
+    };
+    operations.fsync = [](const char*, int, fuse_file_info* info) {
+        return g_mode == "fsync" ? -g_errno : result(::fsync(fd(info)));
+    };
+    operations.flush = [](const char*, fuse_file_info*) { return g_mode == "flush" ? -g_errno : 0; };
+    operations.release = [](const char*, fuse_file_info* info) { return result(::close(fd(info))); };
+    operations.truncate = [](const char* path, off_t size, fuse_file_info*) {
+        return result(::truncate(real(path).c_str(), size));
+    };
+    operations.unlink = [](const char* path) { return result(::unlink(real(path).c_str())); };
+    operations.statfs
+        = [](const char*, struct statvfs* facts) { return result(::statvfs(g_backing.c_str(), facts)); };
     return fusefs::run(argv[1], operations, fusefs::Threads::Single);
 }

@@ -106,31 +106,6 @@ int removeFile(const char* path)
     return 0;
 }
 
-int refuseCreate(const char*, mode_t, struct fuse_file_info*)
-{
-    return -EROFS;
-}
-int refuseMode(const char*, mode_t)
-{
-    return -EROFS;
-}
-int refuseNode(const char*, mode_t, dev_t)
-{
-    return -EROFS;
-}
-int refusePath(const char*)
-{
-    return -EROFS;
-}
-int refusePair(const char*, const char*)
-{
-    return -EROFS;
-}
-int refuseRename(const char*, const char*, unsigned int)
-{
-    return -EROFS;
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -143,13 +118,13 @@ int main(int argc, char** argv)
     operations.open = openFile;
     operations.read = readFile;
     operations.unlink = removeFile;
-    operations.create = refuseCreate;
-    operations.mknod = refuseNode;
-    operations.mkdir = refuseMode;
-    operations.rmdir = refusePath;
-    operations.symlink = refusePair;
-    operations.link = refusePair;
-    operations.rename = refuseRename;
+    operations.create = [](const char*, mode_t, fuse_file_info*) { return -EROFS; };
+    operations.mknod = [](const char*, mode_t, dev_t) { return -EROFS; };
+    operations.mkdir = [](const char*, mode_t) { return -EROFS; };
+    operations.rmdir = [](const char*) { return -EROFS; };
+    operations.symlink = [](const char*, const char*) { return -EROFS; };
+    operations.link = [](const char*, const char*) { return -EROFS; };
+    operations.rename = [](const char*, const char*, unsigned int) { return -EROFS; };
 
     return fusefs::run(argv[1], operations, fusefs::Threads::Multi);
 }

@@ -1,4 +1,7 @@
+// vindaro-copy end to end on real system calls: a source whose scratches fail with EIO from the kernel, and
+// destinations that fail their writes, syncs or closes.
 #include "FuseMount.h"
+#include "Pattern.h"
 
 #include <QDir>
 #include <QFile>
@@ -58,6 +61,37 @@ QJsonObject resumeRecord(const QString& destination)
         .toObject()
         .value(destination)
         .toObject();
+}
+
+// The promise of the program: reads of a scratched stretch fail with EIO from the kernel, the copy jumps over
+// them and goes on, and everything readable arrives in its place.
+TEST(ScratchedDisc, ReadErrorsFromTheKernelAreSkippedAndTheRestArrives)
+{
+    QTemporaryDir dir;
+    const qint64 size = 3'000'000;
+    vindaro::testing::FuseMount disc(QStringLiteral(SCRATCHED_DISC_FS), dir.filePath(QStringLiteral("disc")),
+        {QString::number(size), QStringLiteral("1000000:1,2000000:4096")});
+    VINDARO_SKIP_UNLESS_MOUNTED(disc);
+
+    const QString copy = dir.filePath(QStringLiteral("copy.dat"));
+    const ToolRun r = copyTool({QStringLiteral("-q"), QStringLiteral("-r"), QStringLiteral("1"),
+        QStringLiteral("-s"), QStringLiteral("1"), disc.path(QStringLiteral("disc.dat")), copy});
+    EXPECT_EQ(r.exitCode, 1) << r.err.toStdString();
+    EXPECT_EQ(r.out.count(QStringLiteral("文件跳过：")), 2) << r.out.toStdString();
+
+    const QByteArray bytes = readFile(copy);
+    ASSERT_EQ(bytes.size(), size);
+    qint64 zeros = 0;
+    for (qint64 i = 0; i < size; ++i) {
+        if (bytes[i] != fusefs::patternByte(i)) {
+            ASSERT_EQ(bytes[i], '\0') << "byte " << i << " is neither the disc's nor a skipped one";
+            ASSERT_GE(i, 990000) << "a byte before the first scratch was lost";
+            ++zeros;
+        }
+    }
+    EXPECT_EQ(bytes[1000000], '\0');
+    EXPECT_EQ(bytes[2000000], '\0');
+    EXPECT_LT(zeros, 2 * 9 * 61440); // each stretch is a handful of blocks, not the rest of the file
 }
 
 // A destination that fails while it is written (a pulled stick, a dropped share, a write-back error) is
