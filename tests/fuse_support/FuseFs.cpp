@@ -47,22 +47,16 @@ int readPattern(char* buffer, size_t size, off_t offset, long long fileSize)
 
 int run(const char* mountPoint, const fuse_operations& operations, Threads threads, const char* options)
 {
-    std::string program = "vindaro_test_fs";
-    std::string foreground = "-f";
-    std::string single = "-s";
-    std::string point = mountPoint;
-    std::string optionFlag = "-o";
-    std::string optionText = options ? options : "";
-    std::vector<char*> arguments = {program.data(), foreground.data()};
+    std::vector<std::string> words = {"vindaro_test_fs", "-f", mountPoint};
     if (threads == Threads::Single)
-        arguments.push_back(single.data());
-    arguments.push_back(point.data());
-    if (options) {
-        arguments.push_back(optionFlag.data());
-        arguments.push_back(optionText.data());
-    }
+        words.emplace_back("-s");
+    if (options)
+        words.insert(words.end(), {"-o", options});
+    std::vector<char*> arguments;
+    for (std::string& word : words)
+        arguments.push_back(word.data());
     arguments.push_back(nullptr);
-    return fuse_main(static_cast<int>(arguments.size()) - 1, arguments.data(), &operations, nullptr);
+    return fuse_main(static_cast<int>(words.size()), arguments.data(), &operations, nullptr);
 }
 
 } // namespace fusefs
