@@ -71,11 +71,21 @@ FuseMount::~FuseMount()
     unmount();
 }
 
+bool FuseMount::unavailable()
+{
+    const int setupFailed = 3, mountFailed = 4;
+    return !m_mounted && m_fs.state() == QProcess::NotRunning && m_fs.exitStatus() == QProcess::NormalExit
+        && (m_fs.exitCode() == setupFailed || m_fs.exitCode() == mountFailed);
+}
+
 std::string FuseMount::why()
 {
     if (m_fs.state() == QProcess::Running && !m_mounted)
         return "no mount after " + std::to_string(kWaitMs) + " ms";
-    return QString::fromLocal8Bit(m_fs.readAllStandardError()).toStdString();
+    std::string text = QString::fromLocal8Bit(m_fs.readAllStandardError()).toStdString();
+    if (m_fs.state() == QProcess::NotRunning && m_fs.error() != QProcess::FailedToStart)
+        text += " (exit code " + std::to_string(m_fs.exitCode()) + ")";
+    return text;
 }
 
 void FuseMount::kill()

@@ -25,8 +25,11 @@ public:
     FuseMount(const FuseMount&) = delete;
     FuseMount& operator=(const FuseMount&) = delete;
 
-    // False where FUSE cannot be mounted (no /dev/fuse, no fusermount3, not permitted); why() says why.
     bool mounted() const { return m_mounted; }
+    // Not mounted because FUSE cannot mount here (no /dev/fuse, no fusermount3, not permitted): the program
+    // ended with the codes fuse_main gives to a failed setup or mount. Any other way of not mounting is a
+    // fault of the test's own. why() says why.
+    bool unavailable();
     std::string why();
     QString mountPoint() const { return m_mountPoint; }
     QString path(const QString& name) const { return m_mountPoint + QLatin1Char('/') + name; }
@@ -46,7 +49,11 @@ private:
 
 } // namespace vindaro::testing
 
-// Skips the test where FUSE cannot be mounted.
+// Skips the test where FUSE cannot be mounted; fails it where the file system should have mounted but did
+// not.
 #define VINDARO_SKIP_UNLESS_MOUNTED(mount)                                                                   \
-    if (!(mount).mounted())                                                                                  \
-    GTEST_SKIP() << "FUSE cannot be mounted here: " << (mount).why()
+    if ((mount).mounted()) {                                                                                 \
+    } else if ((mount).unavailable())                                                                        \
+        GTEST_SKIP() << "FUSE cannot be mounted here: " << (mount).why();                                    \
+    else                                                                                                     \
+        FAIL() << "the FUSE file system did not mount: " << (mount).why()
