@@ -128,12 +128,14 @@ QString BlockCopier::skippedEntry(qint64 position)
 CopyOutcome BlockCopier::copyBlocks(const QString& source, const QString& destination, qint64 step)
 {
     m_skips = 0;
+    m_readAheadFailed = false;
     return run(source, destination, step, false);
 }
 
 CopyOutcome BlockCopier::mergeBlocks(const QString& source, const QString& destination, qint64 step)
 {
     m_skips = 0;
+    m_readAheadFailed = false;
     return run(source, destination, step, true);
 }
 
@@ -274,6 +276,8 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
                 return outcome;
             continue;
         }
+        m_readAhead = in->readsAheadWell() && !m_readAheadFailed;
+        m_aheadBytes = 0; // a new pass reads the source afresh
         End end = End::Through;
         for (;;) {
             if (m_state.stopRequested) {
@@ -284,7 +288,7 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
             // One byte more than the step, but never past the source's last byte.
             const qint64 wanted = std::max<qint64>(0, std::min(bufferBytes, sourceLength - position + 1));
             if (wanted > 0) {
-                io = in->readAt(position - 1, m_buffer.data(), wanted);
+                const char* const block = readBlock(*in, position - 1, wanted, sourceLength, io);
                 if (io.ok() && io.bytes < wanted)
                     io = IoResult::failure(
                         EIO, QString()); // the source shrank under us: an unreadable stretch
@@ -297,7 +301,7 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
                     const std::lock_guard<std::timed_mutex> gate(m_writeGate);
                     if (m_state.abandoned)
                         return CopyOutcome::Cancelled; // the program is ending: not one byte more
-                    io = out->writeAt(writeAt - 1, m_buffer.constData(), wanted);
+                    io = out->writeAt(writeAt - 1, block, wanted);
                 }
                 if (!io.ok()) {
                     end = End::DestinationFailed;
@@ -356,6 +360,35 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
         }
         return finish(source, destination, merge, true);
     }
+}
+
+const char* BlockCopier::readBlock(
+    platform::RandomAccessFile& in, qint64 offset, qint64 bytes, qint64 sourceLength, IoResult& io)
+{
+    // 4 MiB a read: with the default 60 KiB blocks the loop then costs what one large block would.
+    constexpr qint64 kReadAheadBytes = qint64(4) << 20;
+    if (m_readAhead) {
+        if (offset < m_aheadOffset || offset + bytes > m_aheadOffset + m_aheadBytes) {
+            const qint64 chunk = std::min(std::max(kReadAheadBytes, bytes), sourceLength - offset);
+            if (m_ahead.size() < chunk)
+                m_ahead.resize(chunk);
+            const IoResult ahead = in.readAt(offset, m_ahead.data(), chunk);
+            m_aheadOffset = offset;
+            m_aheadBytes = ahead.ok() && ahead.bytes == chunk ? chunk : 0;
+            if (m_aheadBytes == 0) {
+                // A failed or short read: block by block from here on, this very block first.
+                m_readAhead = false;
+                m_readAheadFailed = true;
+            }
+        }
+        if (m_readAhead) {
+            io = IoResult();
+            io.bytes = bytes;
+            return m_ahead.constData() + (offset - m_aheadOffset);
+        }
+    }
+    io = in.readAt(offset, m_buffer.data(), bytes);
+    return m_buffer.constData();
 }
 
 bool BlockCopier::onFailure(const IoResult& io, IoSide side, const QString& source,

@@ -98,6 +98,16 @@ private:
     ResumeStore& m_resumeStore;
     std::function<bool(const QString&)> m_cdRomNotReady;
     QByteArray m_buffer; // reused by every round and pass
+    // Where the source reads ahead well, one read fetches the next blocks at once and the blocks are
+    // served from here; the first read that fails turns it off for the rest of the copy, so from there on
+    // every block is read on its own and fails, or skips, exactly as without it.
+    const char* readBlock(platform::RandomAccessFile& in, qint64 offset, qint64 bytes, qint64 sourceLength,
+        platform::IoResult& io);
+    QByteArray m_ahead;
+    qint64 m_aheadOffset = 0;
+    qint64 m_aheadBytes = 0; // 0: nothing held
+    bool m_readAhead = false; // this pass reads ahead
+    bool m_readAheadFailed = false; // this copy met a failed read
     int m_skips = 0;
     bool m_batch = false;
     bool m_merge = false; // the run in hand

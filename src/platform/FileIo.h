@@ -41,6 +41,9 @@ public:
     // Closes the file and answers what the system said (a network share may report a lost write only
     // now). Later calls answer success and do nothing.
     virtual IoResult close() = 0;
+    // Whether reading far ahead in one call is cheap and safe: a large file on a disk, not on an optical
+    // disc, where a longer read makes the drive retry more bad sectors.
+    virtual bool readsAheadWell() const { return false; }
 };
 
 // Whole-file services the copy engine needs. The real one works on the local file system; tests use a

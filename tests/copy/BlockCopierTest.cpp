@@ -567,6 +567,75 @@ TEST_F(BlockCopierTest, ManualSkipBetweenBlocksMovesTheNextRead)
     EXPECT_EQ(files.readOffsets(kSource).mid(0, 2), (QList<qint64>{0, 400}));
 }
 
+// Where the source reads ahead well, several blocks come in one read; what the copy writes, logs and
+// answers is the same as block by block, skips included, and after the first failed read every block is
+// read on its own again.
+TEST(BlockCopierReadAhead, GivesTheSameCopyAsBlockByBlock)
+{
+    struct Case
+    {
+        const char* name;
+        qint64 length;
+        qint64 blockBytes;
+        QList<ByteRange> bad;
+        int errnoValue;
+        bool merge;
+        qint64 manualSkipAtYield; // 0: none
+    };
+    const qint64 mib = 1 << 20;
+    const Case cases[] = {
+        {"clean, several read-ahead chunks", 10 * mib + 7, 61440, {}, EIO, false, 0},
+        {"skip inside the second chunk", 10 * mib, 61440, {{5 * mib + 3, 1}}, EIO, false, 0},
+        {"several skips, one past the end", 9 * mib, 61440, {{mib, 1}, {3 * mib, 9}, {9 * mib - 10, 1}}, EIO,
+            false, 0},
+        {"bad file number skips one step", 6 * mib, 61440, {{2 * mib, 1}}, EBADF, false, 0},
+        {"merge closes up behind a skip", 7 * mib, 61440, {{4 * mib + 100, 1}}, EIO, true, 0},
+        {"manual skip between blocks", 8 * mib, 61440, {}, EIO, false, 5},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        struct Result
+        {
+            CopyOutcome outcome;
+            QByteArray destination;
+            QStringList entries;
+            int reads;
+        };
+        const auto run = [&](bool readsAhead) {
+            fake::MemoryFileLayer files;
+            CopyState state;
+            fake::FakeCopyHost host;
+            fake::MemoryResumeStore store;
+            BlockCopier copier(state, host, files, store, {});
+            files.setReadsAhead(readsAhead);
+            files.put(kSource, positionBytes(c.length));
+            files.put(kDest, c.merge ? QByteArray("head") : QByteArray());
+            files.faults(kSource).badReads = c.bad;
+            files.faults(kSource).readErrno = c.errnoValue;
+            host.onYield = [&] {
+                if (c.manualSkipAtYield && host.yields == c.manualSkipAtYield)
+                    state.position += 7 * state.blockBytes;
+            };
+            state.blockBytes = c.blockBytes;
+            state.skipBlocks = 1;
+            state.position = 1;
+            state.mergePosition = 5;
+            state.copyRunning = true;
+            const CopyOutcome outcome = c.merge ? copier.mergeBlocks(kSource, kDest, c.blockBytes)
+                                                : copier.copyBlocks(kSource, kDest, c.blockBytes);
+            return Result{outcome, files.bytes(kDest), host.entries, files.readCount()};
+        };
+        const Result plain = run(false);
+        const Result ahead = run(true);
+        EXPECT_EQ(ahead.outcome, plain.outcome);
+        EXPECT_EQ(ahead.entries, plain.entries);
+        EXPECT_TRUE(ahead.destination == plain.destination) << "the copies differ";
+        if (c.bad.isEmpty()) {
+            EXPECT_LT(ahead.reads * 10, plain.reads); // it does read ahead
+        }
+    }
+}
+
 // Positions and lengths are 64-bit: a 3 GiB source copies to a byte-identical 3 GiB destination.
 TEST_F(BlockCopierTest, CopiesSourcesBeyondFourGigabytePositions)
 {

@@ -31,6 +31,7 @@ public:
         if (!m_closed)
             m_layer.closed();
     }
+    bool readsAheadWell() const override { return !m_writable && m_layer.m_readsAhead; }
     IoResult readAt(qint64 offset, char* data, qint64 maxBytes) override
     {
         return m_layer.read(m_path, offset, data, maxBytes);

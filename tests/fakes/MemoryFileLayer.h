@@ -8,6 +8,7 @@
 #include <QMutex>
 #include <QStringList>
 
+#include <atomic>
 #include <functional>
 
 namespace vindaro::testing {
@@ -60,6 +61,8 @@ public:
     qint64 largestRead() const;
     QList<qint64> readOffsets(const QString& path) const;
     int syncCount(const QString& path) const; // successful syncs of the file
+    // Files opened for reading from now on say they read ahead well, as large files on a disk do.
+    void setReadsAhead(bool readsAhead) { m_readsAhead = readsAhead; }
 
     std::unique_ptr<platform::RandomAccessFile> openForReading(
         const QString& path, platform::IoResult& result) override;
@@ -75,6 +78,7 @@ public:
 
 private:
     friend class MemoryFile;
+    std::atomic<bool> m_readsAhead{false};
     struct Entry
     {
         QByteArray bytes;

@@ -29,10 +29,12 @@ IoResult lastFailure()
 class PosixFile final : public RandomAccessFile
 {
 public:
-    explicit PosixFile(int fd)
+    explicit PosixFile(int fd, bool readsAhead = false)
         : m_fd(fd)
+        , m_readsAhead(readsAhead)
     {
     }
+    bool readsAheadWell() const override { return m_readsAhead; }
     ~PosixFile() override { close(); }
 
     IoResult readAt(qint64 offset, char* data, qint64 maxBytes) override
@@ -100,22 +102,25 @@ public:
 
 private:
     int m_fd;
+    bool m_readsAhead;
 };
 
 // A large file read front to back gets the larger read-ahead window that cp asks for too. Files on a disc
 // keep the kernel's default: a larger window would have the drive retry more of the bad sectors that the
-// block loop skips over anyway. Advice only: nothing depends on it taking.
-void adviseSequentialReading(int fd, const struct stat& st)
+// block loop skips over anyway. Advice only: nothing depends on it taking. True when the file was
+// advised, which is also where the block loop may read several blocks in one call.
+bool adviseSequentialReading(int fd, const struct stat& st)
 {
     constexpr off_t kWorthAdvising = 1 << 20; // a smaller file fits the default window whole
     if (!S_ISREG(st.st_mode) || st.st_size < kWorthAdvising)
-        return;
+        return false;
     struct statfs fs
     {
     };
     if (::fstatfs(fd, &fs) != 0 || fs.f_type == ISOFS_SUPER_MAGIC || fs.f_type == UDF_SUPER_MAGIC)
-        return;
+        return false;
     ::posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
+    return true;
 }
 
 std::unique_ptr<RandomAccessFile> openWith(const QString& path, int flags, IoResult& result)
@@ -137,10 +142,9 @@ std::unique_ptr<RandomAccessFile> openWith(const QString& path, int flags, IoRes
         result = IoResult::failure(EISDIR, errnoText(EISDIR));
         return nullptr;
     }
-    if ((flags & O_ACCMODE) == O_RDONLY)
-        adviseSequentialReading(fd, st);
+    const bool readsAhead = (flags & O_ACCMODE) == O_RDONLY && adviseSequentialReading(fd, st);
     result = IoResult();
-    return std::make_unique<PosixFile>(fd);
+    return std::make_unique<PosixFile>(fd, readsAhead);
 }
 
 } // namespace
