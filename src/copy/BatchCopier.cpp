@@ -194,6 +194,8 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
     m_files.makeFolders(folder); // a folder typed on the command line may not exist yet
     m_host.startAnimation();
     const QString totalLabel = totalText(total);
+    QStringList finishedDestinations; // their records go once the device has confirmed the batch
+    QStringList foldersWritten;
     for (qsizetype i = 0; i < batchFiles.size(); ++i) {
         // A cancel that came between two files ends the batch before the next destination is touched.
         if (m_state.stopRequested)
@@ -223,8 +225,12 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
         else if (outcome == CopyOutcome::Finished || outcome == CopyOutcome::FinishedWithSkips) {
             ++result.finished;
             result.withSkips += outcome == CopyOutcome::FinishedWithSkips ? 1 : 0;
-            m_resumeStore.remove(usedDestination);
-        } else if (outcome == CopyOutcome::Failed)
+            finishedDestinations << usedDestination;
+        }
+        if (!skipThisFile && outcome != CopyOutcome::NotStarted
+            && !foldersWritten.contains(folderOf(usedDestination)))
+            foldersWritten << folderOf(usedDestination);
+        else if (outcome == CopyOutcome::Failed)
             ++result.failed;
 
         const bool stop = m_state.stopRequested;
@@ -242,6 +248,24 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
         if (stop)
             break;
         m_host.yield();
+    }
+    // A file's end checks its close alone (a sync after each of thousands of small files would cost more
+    // than the copy), so a write-back failure may still come: one sync of each file system written to
+    // before the batch ends, and the finished files' records are dropped only once it is confirmed.
+    IoResult synced;
+    for (const QString& written : std::as_const(foldersWritten)) {
+        synced = m_files.syncFileSystem(written);
+        if (!synced.ok()) {
+            result.syncFailed = true;
+            m_host.showBox(MessageBox{written + kCrLf + QStringLiteral("[") + QString::number(synced.error)
+                    + QStringLiteral("].") + synced.description,
+                QStringLiteral("复制文件时出错！"), BoxIcon::Critical, BoxButtons::Ok});
+            break;
+        }
+    }
+    if (!result.syncFailed) {
+        for (const QString& finished : std::as_const(finishedDestinations))
+            m_resumeStore.remove(finished);
     }
     m_host.stopTimer();
     m_host.stopAnimation();

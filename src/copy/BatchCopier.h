@@ -47,6 +47,7 @@ struct BatchResult
     int skipped = 0; // left alone: the same length was there already
     int failed = 0;
     int withSkips = 0; // finished, with unreadable stretches left as zeros
+    bool syncFailed = false; // the device did not confirm what was written: a box said so
 };
 
 // The batch's one-second figures: bytes of the whole batch so far, seconds of the finished files plus the

@@ -65,6 +65,9 @@ public:
     virtual bool exists(const QString& path) = 0;
     // Creates a folder and any missing parents; succeeds when it exists already.
     virtual IoResult makeFolders(const QString& path) = 0;
+    // Waits until everything written to the file system that holds `path` is on its device; a write-back
+    // failure of any file written there since it was opened shows here.
+    virtual IoResult syncFileSystem(const QString& path) = 0;
 };
 
 } // namespace vindaro::platform

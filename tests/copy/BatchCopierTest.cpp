@@ -86,6 +86,7 @@ public:
         ++foldersMade;
         return m_files.makeFolders(p);
     }
+    platform::IoResult syncFileSystem(const QString& p) override { return m_files.syncFileSystem(p); }
 
 private:
     fake::MemoryFileLayer& m_files;
@@ -167,6 +168,36 @@ TEST_F(BatchCopierTest, PerFileWorkIsOnlyWhatTheCopyNeeds)
     EXPECT_EQ(files.bytes(kOut + QStringLiteral("home/u/v/g19.dat")), positionBytes(219));
     EXPECT_LE(counting.lengths, 2 * 80);
     EXPECT_LE(counting.existsAsked, 80);
+}
+
+// A file's end checks only its close: the batch syncs the file systems it wrote to once at its end, and
+// a finished file's record goes only when that sync confirms the bytes; a failure is said in a box.
+TEST_F(BatchCopierTest, TheBatchEndsWithOneSyncBeforeRecordsGo)
+{
+    for (const int syncErrno : {0, EIO}) {
+        SCOPED_TRACE(syncErrno);
+        files.reset();
+        store.records.clear();
+        host.base.boxes.clear();
+        files.syncFileSystemErrno = syncErrno;
+        files.fileSystemsSynced.clear();
+        files.put(kA, positionBytes(5000));
+        files.put(kB, positionBytes(7000));
+        const QString destinationA = kOut + QStringLiteral("AVSEQ01.DAT");
+        store.save(destinationA, ResumeRecord{100, 100, 0, 1, 0}); // left over from an earlier try
+
+        const BatchResult r = batch.copyingFiles({kA, kB});
+
+        EXPECT_EQ(r.finished, 2);
+        EXPECT_EQ(files.fileSystemsSynced, QStringList{kOut});
+        ResumeRecord kept;
+        EXPECT_EQ(store.load(destinationA, kept), syncErrno != 0);
+        EXPECT_EQ(r.syncFailed, syncErrno != 0);
+        EXPECT_EQ(host.base.boxes.size(), syncErrno ? 1 : 0);
+        if (syncErrno) {
+            EXPECT_EQ(host.base.boxes[0].text, kOut + QStringLiteral("\r\n[5].Input/output error"));
+        }
+    }
 }
 
 TEST_F(BatchCopierTest, TotalTextSwitchesUnitsAtItsThresholds)

@@ -243,6 +243,14 @@ IoResult MemoryFileLayer::makeFolders(const QString& path)
     return IoResult();
 }
 
+IoResult MemoryFileLayer::syncFileSystem(const QString& path)
+{
+    QMutexLocker lock(&m_mutex);
+    fileSystemsSynced.append(path);
+    return syncFileSystemErrno ? IoResult::failure(syncFileSystemErrno, QStringLiteral("Input/output error"))
+                               : IoResult();
+}
+
 QStringList MemoryFileLayer::foldersMade() const
 {
     QMutexLocker lock(&m_mutex);

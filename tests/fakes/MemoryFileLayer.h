@@ -74,6 +74,10 @@ public:
     platform::IoResult remove(const QString& path) override;
     bool exists(const QString& path) override;
     platform::IoResult makeFolders(const QString& path) override;
+    // Fails with `syncFileSystemErrno` when set, as a device that lost a write-back does.
+    platform::IoResult syncFileSystem(const QString& path) override;
+    int syncFileSystemErrno = 0;
+    QStringList fileSystemsSynced; // the paths asked, in order
     QStringList foldersMade() const;
 
 private:

@@ -163,7 +163,7 @@ int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources
         return kExitNotStarted;
     if (result.cancelled)
         return kExitCancelled;
-    if (result.failed > 0 || result.finished + result.skipped < result.files)
+    if (result.failed > 0 || result.syncFailed || result.finished + result.skipped < result.files)
         return kExitFailed;
     return result.withSkips > 0 ? kExitFinishedWithSkips : kExitFinished;
 }

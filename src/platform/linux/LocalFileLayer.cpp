@@ -243,4 +243,19 @@ IoResult LocalFileLayer::makeFolders(const QString& path)
     return IoResult();
 }
 
+IoResult LocalFileLayer::syncFileSystem(const QString& path)
+{
+    int fd;
+    do {
+        fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    } while (fd < 0 && errno == EINTR);
+    if (fd < 0)
+        return lastFailure();
+    IoResult result;
+    if (::syncfs(fd) != 0)
+        result = lastFailure();
+    ::close(fd);
+    return result;
+}
+
 } // namespace vindaro::platform

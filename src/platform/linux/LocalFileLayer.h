@@ -16,6 +16,7 @@ public:
     IoResult remove(const QString& path) override;
     bool exists(const QString& path) override;
     IoResult makeFolders(const QString& path) override;
+    IoResult syncFileSystem(const QString& path) override;
 };
 
 // The system's text for an errno value.
