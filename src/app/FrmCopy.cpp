@@ -728,8 +728,10 @@ void FrmCopy::sldSkipBlocksChange(int value)
 
 void FrmCopy::closeEvent(QCloseEvent* event)
 {
-    if (m_state.copyRunning || m_batchWindow) {
-        event->ignore(); // refused without a word while a copy or a batch runs
+    // Refused without a word while a copy or a batch runs; a copy already told to cancel may be quit,
+    // since its block in progress may hang in a read for minutes on a scratched disc.
+    if ((m_state.copyRunning && !m_state.cancelRequested) || m_batchWindow) {
+        event->ignore();
         return;
     }
     platform::MessageBox box;
@@ -744,8 +746,9 @@ void FrmCopy::closeEvent(QCloseEvent* event)
         return;
     }
     // A paused copy leaves its record, so it can be continued after the program has ended. When the
-    // block in progress still hangs in a read, the worker is abandoned: from here on it writes nothing,
-    // and the process ends without waiting for it (exitStatusAfterRun).
+    // block in progress still hangs in a read (paused or cancelled), the worker is abandoned: from here on
+    // it writes nothing, the partial file is kept with its record (the delete question was never
+    // answered), and the process ends without waiting for it (exitStatusAfterRun).
     if (m_mode == Mode::Paused || m_worker->isBusy()) {
         copy::BlockCopier& copier = m_session->copier();
         copier.abandon();

@@ -243,30 +243,33 @@ TEST(FrmCopy, ExitIsRefusedSilentlyDuringACopyAndAskedOtherwise)
     EXPECT_EQ(rig.frm.copyState().lastAnswer, platform::kAnswerYes);
 }
 
-// Quitting while the paused copy still hangs in a read: the window closes at once, the record names what
-// was written, and the abandoned worker writes nothing when its read returns at last.
+// Quitting while a paused or cancelled copy still hangs in a read: the window closes at once, the record
+// names what was written, and the abandoned worker writes nothing when its read returns at last.
 TEST(FrmCopy, QuitWhileAReadHangsSavesTheRecordAndAbandonsTheWorker)
 {
-    CopyRig rig;
-    rig.files.put(kSource, positionBytes(20 * kBlock + 1));
-    HangingRead hang;
-    hang.install(rig.files, 3 * kBlock);
-    rig.click("cmdStartCopy");
-    ASSERT_TRUE(hang.waitEntered());
-    rig.click("cmdPauseCopy");
+    for (const char* stop : {"cmdPauseCopy", "cmdCancelCopy"}) {
+        SCOPED_TRACE(stop);
+        CopyRig rig;
+        rig.files.put(kSource, positionBytes(20 * kBlock + 1));
+        HangingRead hang;
+        hang.install(rig.files, 3 * kBlock);
+        rig.click("cmdStartCopy");
+        ASSERT_TRUE(hang.waitEntered());
+        rig.click(stop);
 
-    rig.boxes.answers = {platform::kAnswerYes};
-    EXPECT_TRUE(rig.frm.close());
-    EXPECT_TRUE(rig.frm.workerAbandoned());
-    ASSERT_TRUE(rig.store.records.contains(kDestination));
-    EXPECT_EQ(rig.store.records[kDestination].continuePosition, 3 * kBlock + 1);
-    const QByteArray atQuit = rig.files.bytes(kDestination);
-    EXPECT_EQ(atQuit, positionBytes(3 * kBlock + 1));
+        rig.boxes.answers = {platform::kAnswerYes};
+        EXPECT_TRUE(rig.frm.close());
+        EXPECT_TRUE(rig.frm.workerAbandoned());
+        ASSERT_TRUE(rig.store.records.contains(kDestination));
+        EXPECT_EQ(rig.store.records[kDestination].continuePosition, 3 * kBlock + 1);
+        const QByteArray atQuit = rig.files.bytes(kDestination);
+        EXPECT_EQ(atQuit, positionBytes(3 * kBlock + 1));
 
-    hang.release.release();
-    EXPECT_NE(rig.waitForOutcome(), -1); // the worker returns...
-    EXPECT_EQ(rig.files.bytes(kDestination), atQuit); // ...without writing the block it had read
-    EXPECT_EQ(rig.boxes.shown.size(), 1); // the quit question, nothing after it
+        hang.release.release();
+        EXPECT_NE(rig.waitForOutcome(), -1); // the worker returns...
+        EXPECT_EQ(rig.files.bytes(kDestination), atQuit); // ...without writing the block it had read
+        EXPECT_EQ(rig.boxes.shown.size(), 1); // the quit question, nothing after it
+    }
 }
 
 // A paused copy whose worker is idle is quit normally, and its record is kept too.
