@@ -39,37 +39,36 @@ void FolderDriveFacts::forget()
     m_floppies.clear();
 }
 
-int FolderDriveFacts::driveType(const QString& path)
+namespace {
+
+// The answer kept for the path's folder, asked of `fetch` the first time.
+template<typename T, typename Fetch>
+T keptForFolder(QHash<QString, T>& kept, const QString& path, Fetch fetch)
 {
     const QString folder = folderOf(path);
-    const auto it = m_types.constFind(folder);
-    if (it != m_types.constEnd())
+    const auto it = kept.constFind(folder);
+    if (it != kept.constEnd())
         return *it;
-    const int type = m_drives.driveType(path);
-    m_types.insert(folder, type);
-    return type;
+    const T answer = fetch();
+    kept.insert(folder, answer);
+    return answer;
+}
+
+} // namespace
+
+int FolderDriveFacts::driveType(const QString& path)
+{
+    return keptForFolder(m_types, path, [&] { return m_drives.driveType(path); });
 }
 
 QString FolderDriveFacts::driveName(const QString& path)
 {
-    const QString folder = folderOf(path);
-    const auto it = m_names.constFind(folder);
-    if (it != m_names.constEnd())
-        return *it;
-    const QString name = m_drives.driveName(path);
-    m_names.insert(folder, name);
-    return name;
+    return keptForFolder(m_names, path, [&] { return m_drives.driveName(path); });
 }
 
 bool FolderDriveFacts::isFloppy(const QString& path)
 {
-    const QString folder = folderOf(path);
-    const auto it = m_floppies.constFind(folder);
-    if (it != m_floppies.constEnd())
-        return *it;
-    const bool floppy = m_drives.isFloppy(path);
-    m_floppies.insert(folder, floppy);
-    return floppy;
+    return keptForFolder(m_floppies, path, [&] { return m_drives.isFloppy(path); });
 }
 
 BatchFigures computeBatchFigures(
@@ -312,17 +311,11 @@ CopyOutcome BatchCopier::copyOneFile(
             }
             if (answer == 2) {
                 m_state.elapsedSeconds = record.elapsedSeconds;
-                if (record.merge) {
-                    // A single copy's merge into this file goes on as a merge.
-                    qint64 position = 1;
-                    qint64 mergePosition = 1;
-                    continueMergePositions(record, destination, m_files, position, mergePosition);
-                    m_state.position = position;
-                    m_state.mergePosition = mergePosition;
-                    m_copier.enterCopyingState();
-                    return m_copier.mergeBlocks(source, destination, m_state.blockBytes);
-                }
-                return startAt(source, destination, continuePosition(record, destination, m_files));
+                // A single copy's merge into this file goes on as a merge.
+                applyContinuePositions(record, destination, m_files, m_state);
+                m_copier.enterCopyingState();
+                return record.merge ? m_copier.mergeBlocks(source, destination, m_state.blockBytes)
+                                    : m_copier.copyBlocks(source, destination, m_state.blockBytes);
             }
             m_state.stopRequested = true;
             return CopyOutcome::NotStarted;

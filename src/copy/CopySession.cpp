@@ -96,6 +96,20 @@ void continueMergePositions(const ResumeRecord& record, const QString& destinati
     mergePosition -= lost;
 }
 
+void applyContinuePositions(
+    const ResumeRecord& record, const QString& destination, platform::FileLayer& files, CopyState& state)
+{
+    if (!record.merge) {
+        state.position = continuePosition(record, destination, files);
+        return;
+    }
+    qint64 position = 1;
+    qint64 mergePosition = 1;
+    continueMergePositions(record, destination, files, position, mergePosition);
+    state.position = position;
+    state.mergePosition = mergePosition;
+}
+
 qint64 blockBytesFor(int readBlocks, const QString& source, const QString& destination, DriveFacts& drives,
     int platformFamily, qint64 currentBlockBytes)
 {
@@ -233,14 +247,7 @@ CopyOutcome CopySession::existingDestination(const QString& source, QString dest
                 return CopyOutcome::NotStarted;
             // A merge goes on as a merge: a plain copy from its read position would write the wrong part
             // of the source over the user's own bytes.
-            if (record.merge) {
-                qint64 position = 1;
-                qint64 mergePosition = 1;
-                continueMergePositions(record, destination, m_files, position, mergePosition);
-                m_state.position = position;
-                m_state.mergePosition = mergePosition;
-            } else
-                m_state.position = copy::continuePosition(record, destination, m_files);
+            applyContinuePositions(record, destination, m_files, m_state);
             m_state.elapsedSeconds = record.elapsedSeconds;
             m_host.log(QStringLiteral("续拷文件：") + source + kCrLf + kIndent + QStringLiteral("到：")
                 + destination);

@@ -41,6 +41,10 @@ qint64 continuePosition(const ResumeRecord& record, const QString& destination, 
 void continueMergePositions(const ResumeRecord& record, const QString& destination,
     platform::FileLayer& files, qint64& position, qint64& mergePosition);
 
+// Sets `position` (and for a merge `mergePosition`) to where the copy the record names goes on.
+void applyContinuePositions(
+    const ResumeRecord& record, const QString& destination, platform::FileLayer& files, CopyState& state);
+
 // Bytes per block: `readBlocks` times a factor that follows the kinds of drive and file: 4096 for network
 // paths and CD-ROMs (5120 for DVD ".vob" files), 6144 for fixed drives (61440 on the old consumer family;
 // the oldest family keeps `currentBlockBytes`), 128 for floppies, 1024 for other removable drives, 4096 for
