@@ -1,5 +1,6 @@
 #include "LinuxOpticalDrives.h"
 
+#include "DiscStatus.h"
 #include "UDisksEject.h"
 
 #include <QDir>
@@ -96,13 +97,6 @@ bool canListFolder(const QString& path)
     return ok;
 }
 
-enum class DriveStatus
-{
-    DiscOk,
-    NoDisc,
-    Unknown
-};
-
 // Runs one CDROM ioctl on a device opened without waiting for a medium. -1 when the device cannot be
 // opened or the ioctl fails.
 int cdromIoctl(const QString& path, unsigned long request, long argument)
@@ -117,27 +111,6 @@ int cdromIoctl(const QString& path, unsigned long request, long argument)
     const int result = ::ioctl(fd, request, argument);
     ::close(fd);
     return result;
-}
-
-DriveStatus driveStatus(const QString& path)
-{
-#ifdef CDROM_DRIVE_STATUS
-    // CDSL_CURRENT is INT_MAX: ask about the drive itself, not a changer slot.
-    const int status = cdromIoctl(path, CDROM_DRIVE_STATUS, INT_MAX);
-    switch (status) {
-    case CDS_DISC_OK:
-        return DriveStatus::DiscOk;
-    case CDS_NO_DISC:
-    case CDS_TRAY_OPEN:
-    case CDS_DRIVE_NOT_READY:
-        return DriveStatus::NoDisc;
-    default:
-        return DriveStatus::Unknown; // no permission, no such device, CDS_NO_INFO
-    }
-#else
-    Q_UNUSED(path);
-    return DriveStatus::Unknown;
-#endif
 }
 
 } // namespace
@@ -213,12 +186,12 @@ bool LinuxOpticalDrives::isReady(const OpticalDrive& drive)
 {
     if (drive.device.isEmpty())
         return false;
-    const DriveStatus status = driveStatus(hostPath(drive.device));
-    if (status == DriveStatus::NoDisc)
+    const DiscStatus status = discStatus(hostPath(drive.device));
+    if (status == DiscStatus::Absent)
         return false;
     if (!drive.mountPoint.isEmpty())
         return canListFolder(hostPath(drive.mountPoint));
-    if (status == DriveStatus::DiscOk)
+    if (status == DiscStatus::Present)
         return true;
     // The device cannot be asked (no permission): sysfs gives the medium's size in 512-byte sectors,
     // 0 when the drive holds none.

@@ -1,5 +1,7 @@
 #include "LinuxVolumes.h"
 
+#include "DiscStatus.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -577,42 +579,6 @@ std::optional<VolumeIdentity> LinuxVolumes::identity(const QString& mountPoint)
 }
 
 namespace {
-
-enum class DiscStatus
-{
-    Present,
-    Absent,
-    Unknown
-};
-
-// Asks an optical drive, opened without waiting for a medium, whether it holds a disc.
-DiscStatus discStatus(const QString& devicePath)
-{
-#ifdef CDROM_DRIVE_STATUS
-    int fd = -1;
-    do {
-        fd = ::open(QFile::encodeName(devicePath).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    } while (fd < 0 && errno == EINTR);
-    if (fd < 0)
-        return DiscStatus::Unknown;
-    // CDSL_CURRENT (INT_MAX): the drive itself, not a changer slot.
-    const int status = ::ioctl(fd, CDROM_DRIVE_STATUS, INT_MAX);
-    ::close(fd);
-    switch (status) {
-    case CDS_DISC_OK:
-        return DiscStatus::Present;
-    case CDS_NO_DISC:
-    case CDS_TRAY_OPEN:
-    case CDS_DRIVE_NOT_READY:
-        return DiscStatus::Absent;
-    default:
-        return DiscStatus::Unknown; // no permission, no such device, CDS_NO_INFO
-    }
-#else
-    Q_UNUSED(devicePath);
-    return DiscStatus::Unknown;
-#endif
-}
 
 // Opening a folder reads nothing of the medium; reading its first entry does, and fails (EIO, ENOMEDIUM)
 // when the medium is unreadable.
