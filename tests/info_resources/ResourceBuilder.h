@@ -35,3 +35,16 @@ struct ResourceBuilder
         return *this;
     }
 };
+
+// A 32-bit icon image as a module holds it: BITMAPINFOHEADER with the height doubled, bottom-up colour rows
+// (all `argb`), then the AND mask rows (all 0: opaque).
+inline QByteArray iconDib(int size, quint32 argb)
+{
+    ResourceBuilder b;
+    b.u32(40).u32(static_cast<quint32>(size)).u32(static_cast<quint32>(2 * size)).u16(1).u16(32);
+    b.u32(0).u32(0).u32(0).u32(0).u32(0).u32(0);
+    for (int i = 0; i < size * size; ++i)
+        b.u32(argb);
+    b.raw(QByteArray(size * ((size + 31) / 32) * 4, '\0'));
+    return b.bytes;
+}
