@@ -278,7 +278,30 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
         }
         m_readAhead = in->readsAheadWell() && !m_readAheadFailed;
         m_aheadBytes = 0; // a new pass reads the source afresh
+        m_run = WriteRun();
         End end = End::Through;
+        // Writes the blocks held back in the run; false when the write failed (`io` says why, the positions
+        // are back at the run's first block) or the program is ending (`m_state.abandoned`).
+        const auto writeRun = [&] {
+            if (m_run.bytes == 0)
+                return true;
+            {
+                const std::lock_guard<std::timed_mutex> gate(m_writeGate);
+                if (m_state.abandoned)
+                    return false; // the program is ending: not one byte more
+                io = out->writeAt(m_run.destinationOffset, m_run.data, m_run.bytes);
+            }
+            if (io.ok()) {
+                noteWritten(m_run.end.position, m_run.end.mergePosition);
+            } else {
+                // Back to the run's first block, by subtraction: a manual skip made meanwhile adds up.
+                m_state.position -= m_run.advance;
+                if (merge)
+                    m_state.mergePosition -= m_run.advance;
+            }
+            m_run = WriteRun();
+            return io.ok();
+        };
         for (;;) {
             if (m_state.stopRequested) {
                 end = End::Stop;
@@ -288,6 +311,11 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
             // One byte more than the step, but never past the source's last byte.
             const qint64 wanted = std::max<qint64>(0, std::min(bufferBytes, sourceLength - position + 1));
             if (wanted > 0) {
+                // The run points into the read-ahead buffer: it is written before that buffer is refilled.
+                if (m_run.bytes > 0 && !aheadHolds(position - 1, wanted) && !writeRun()) {
+                    end = End::DestinationFailed;
+                    break;
+                }
                 const char* const block = readBlock(*in, position - 1, wanted, sourceLength, io);
                 if (io.ok() && io.bytes < wanted)
                     io = IoResult::failure(
@@ -296,28 +324,53 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
                     end = End::SourceFailed;
                     break;
                 }
-                const qint64 writeAt = merge ? m_state.mergePosition.load() : position;
-                {
-                    const std::lock_guard<std::timed_mutex> gate(m_writeGate);
-                    if (m_state.abandoned)
-                        return CopyOutcome::Cancelled; // the program is ending: not one byte more
-                    io = out->writeAt(writeAt - 1, block, wanted);
-                }
-                if (!io.ok()) {
-                    end = End::DestinationFailed;
-                    break;
+                const qint64 writeOffset = (merge ? m_state.mergePosition.load() : position) - 1;
+                const bool joins = m_run.bytes > 0 && block == m_run.data + m_run.bytes - 1
+                    && writeOffset == m_run.destinationOffset + m_run.bytes - 1;
+                if (joins) {
+                    m_run.bytes += wanted - 1; // the overlapping byte is there already
+                } else {
+                    if (!writeRun()) {
+                        end = End::DestinationFailed;
+                        break;
+                    }
+                    if (m_readAhead) {
+                        m_run.data = block;
+                        m_run.destinationOffset = writeOffset;
+                        m_run.bytes = wanted;
+                    } else {
+                        // Block by block (an optical disc, or after a failed read): each block is written
+                        // as it is read, so a failure is met exactly where it happens.
+                        {
+                            const std::lock_guard<std::timed_mutex> gate(m_writeGate);
+                            if (m_state.abandoned)
+                                return CopyOutcome::Cancelled; // the program is ending: not one byte more
+                            io = out->writeAt(writeOffset, block, wanted);
+                        }
+                        if (!io.ok()) {
+                            end = End::DestinationFailed;
+                            break;
+                        }
+                    }
                 }
             }
             m_host.updateProgress(position, sourceLength);
             m_state.position += step; // added, not stored: a manual skip made meanwhile adds up
             if (merge)
                 m_state.mergePosition += step;
-            noteWritten(m_state.position, m_state.mergePosition);
+            if (m_run.bytes > 0) {
+                m_run.advance += step;
+                m_run.end = Positions{m_state.position, m_state.mergePosition};
+            } else {
+                noteWritten(m_state.position, m_state.mergePosition);
+            }
             m_host.yield();
             if (m_state.position >= sourceLength - step)
                 break;
         }
         in.reset();
+        if (end != End::DestinationFailed && !writeRun() && !m_state.abandoned)
+            end = End::DestinationFailed;
         if (m_state.abandoned)
             return CopyOutcome::Cancelled;
 
@@ -360,6 +413,11 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
         }
         return finish(source, destination, merge, true);
     }
+}
+
+bool BlockCopier::aheadHolds(qint64 offset, qint64 bytes) const
+{
+    return m_aheadBytes > 0 && offset >= m_aheadOffset && offset + bytes <= m_aheadOffset + m_aheadBytes;
 }
 
 const char* BlockCopier::readBlock(

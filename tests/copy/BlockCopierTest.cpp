@@ -1,4 +1,5 @@
 #include "copy/BlockCopier.h"
+#include "copy/CopySession.h"
 #include "fakes/FakeCopyHost.h"
 #include "fakes/MemoryFileLayer.h"
 
@@ -633,6 +634,61 @@ TEST(BlockCopierReadAhead, GivesTheSameCopyAsBlockByBlock)
         if (c.bad.isEmpty()) {
             EXPECT_LT(ahead.reads * 10, plain.reads); // it does read ahead
         }
+    }
+}
+
+// Blocks read ahead are written together in runs of up to a read-ahead chunk. A destination that fails in
+// the middle of a run is still never taken for a bad source: no skip, a record of what the device holds, and
+// a continue from that record, once the device works again, gives the very copy an unbroken run would.
+TEST(BlockCopierReadAhead, AWriteRunThatFailsIsContinuedFromWhatTheDeviceHolds)
+{
+    const qint64 mib = 1 << 20;
+    const struct
+    {
+        const char* name;
+        bool merge;
+        qint64 writeLimit; // the destination takes this many bytes, then fails with EIO
+        bool deviceGone; // from the failure on, the device confirms nothing more
+    } rows[] = {
+        {"copy, inside the second run", false, 5 * mib + 12345, false},
+        {"copy, device gone", false, 6 * mib + 1, true},
+        {"merge, inside the third run", true, 9 * mib, false},
+        {"merge, device gone", true, 3 * mib, true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const QByteArray head("head");
+        const QByteArray source = positionBytes(12 * mib + 777);
+        fake::MemoryFileLayer files;
+        files.setReadsAhead(true);
+        files.put(kSource, source);
+        files.put(kDest, row.merge ? head : QByteArray());
+        files.faults(kDest).writeLimit = row.writeLimit;
+        files.faults(kDest).writeErrno = EIO;
+        files.faults(kDest).syncErrno = row.deviceGone ? EIO : 0;
+        CopyState state;
+        fake::FakeCopyHost host;
+        fake::MemoryResumeStore store;
+        BlockCopier copier(state, host, files, store, {});
+        const auto run = [&] {
+            state.blockBytes = 61440;
+            state.copyRunning = true;
+            return row.merge ? copier.mergeBlocks(kSource, kDest, 61440)
+                             : copier.copyBlocks(kSource, kDest, 61440);
+        };
+        state.position = 1;
+        state.mergePosition = head.size() + 1;
+        EXPECT_EQ(run(), CopyOutcome::Failed);
+        EXPECT_TRUE(host.entries.filter(QStringLiteral("文件跳过")).isEmpty());
+        ASSERT_EQ(host.boxes.size(), 1);
+        EXPECT_TRUE(host.boxes[0].text.startsWith(QStringLiteral("[5].")));
+        ASSERT_TRUE(store.records.contains(kDest));
+
+        files.faults(kDest) = {};
+        host = {};
+        applyContinuePositions(store.records[kDest], kDest, files, state);
+        EXPECT_EQ(run(), CopyOutcome::Finished);
+        EXPECT_TRUE(files.bytes(kDest) == (row.merge ? head + source : source)) << "the copies differ";
     }
 }
 
