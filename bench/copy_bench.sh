@@ -41,26 +41,35 @@ time_run() {
 
 median() { sort -g | awk '{a[NR]=$1} END {print a[int((NR+1)/2)]}'; }
 
-declare -A seconds
-for name in vindaro vindaro-r100 cp dd; do
-  for ((i = 0; i < runs; i++)); do
+# The tools take turns within each round, so a drift of the machine (other work, the host's own cache)
+# falls on all of them alike; the median and the best run of each are printed.
+tools=(vindaro vindaro-r100 cp dd)
+for name in "${tools[@]}"; do : >"$work/$name.times"; done
+for ((i = 0; i < runs; i++)); do
+  for name in "${tools[@]}"; do
     case $name in
     vindaro) time_run "$tool" -q "$work/from/movie.dat" "$work/to/movie.dat" ;;
     vindaro-r100) time_run "$tool" -q -r 100 "$work/from/movie.dat" "$work/to/movie.dat" ;;
     cp) time_run cp "$work/from/movie.dat" "$work/to/movie.dat" ;;
     dd) time_run dd if="$work/from/movie.dat" of="$work/to/movie.dat" bs=1M ;;
-    esac
-  done | median >"$work/median"
-  seconds[$name]=$(cat "$work/median")
+    esac >>"$work/$name.times"
+  done
+done
+declare -A seconds best
+for name in "${tools[@]}"; do
+  seconds[$name]=$(median <"$work/$name.times")
+  best[$name]=$(sort -g "$work/$name.times" | head -1)
 done
 
-echo "file: ${size_mib} MiB, runs: $runs, median; page cache: $cache"
-printf '%-28s %10s %10s\n' tool seconds MiB/s
-for name in vindaro vindaro-r100 cp dd; do
+echo "file: ${size_mib} MiB, runs: $runs, load before: $(cut -d' ' -f1-3 /proc/loadavg); page cache: $cache"
+printf '%-28s %10s %10s %10s\n' tool median MiB/s best
+for name in "${tools[@]}"; do
   label=$name
   [ "$name" = vindaro ] && label="vindaro-copy (slider 10)"
   [ "$name" = vindaro-r100 ] && label="vindaro-copy -r 100"
-  printf '%-28s %10.2f %10.1f\n' "$label" "${seconds[$name]}" "$(echo "$size_mib / ${seconds[$name]}" | bc -l)"
+  printf '%-28s %10.2f %10.1f %10.2f\n' "$label" "${seconds[$name]}" \
+    "$(echo "$size_mib / ${seconds[$name]}" | bc -l)" "${best[$name]}"
 done
-printf 'ratio vindaro/cp (throughput): %.2f\n' "$(echo "${seconds[cp]} / ${seconds[vindaro]}" | bc -l)"
-printf 'ratio vindaro -r 100/cp:       %.2f\n' "$(echo "${seconds[cp]} / ${seconds[vindaro-r100]}" | bc -l)"
+printf 'ratio vindaro/cp (throughput, medians): %.2f  (best runs: %.2f)\n' \
+  "$(echo "${seconds[cp]} / ${seconds[vindaro]}" | bc -l)" "$(echo "${best[cp]} / ${best[vindaro]}" | bc -l)"
+printf 'ratio vindaro -r 100/cp:                %.2f\n' "$(echo "${seconds[cp]} / ${seconds[vindaro-r100]}" | bc -l)"

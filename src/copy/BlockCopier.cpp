@@ -129,6 +129,7 @@ CopyOutcome BlockCopier::copyBlocks(const QString& source, const QString& destin
 {
     m_skips = 0;
     m_readAheadFailed = false;
+    m_insideFailed = false;
     return run(source, destination, step, false);
 }
 
@@ -136,6 +137,7 @@ CopyOutcome BlockCopier::mergeBlocks(const QString& source, const QString& desti
 {
     m_skips = 0;
     m_readAheadFailed = false;
+    m_insideFailed = false;
     return run(source, destination, step, true);
 }
 
@@ -277,65 +279,116 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
             continue;
         }
         m_readAhead = in->readsAheadWell() && !m_readAheadFailed;
+        // Not in a merge: a failed copy may have put down bytes in front of the bad sector, which a merge
+        // closing up behind the skipped stretch could leave beyond its end. In a copy they are the source's
+        // own bytes at their own place.
+        m_inside = m_readAhead && !merge && !m_insideFailed;
         m_aheadBytes = 0; // a new pass reads the source afresh
         m_run = WriteRun();
         End end = End::Through;
-        // Writes the blocks held back in the run; false when the write failed (`io` says why, the positions
-        // are back at the run's first block) or the program is ending (`m_state.abandoned`).
+        // Writes the blocks held back in the run. Failed: the write failed (`io` says why) and the
+        // positions are back at the run's first block; Redo: the system's own copy of the run failed and a
+        // read of it too, so the positions are back at the run's first block and the loop meets the failure
+        // block by block; Abandoned: the program is ending.
+        enum class Flush
+        {
+            Done,
+            Redo,
+            Failed,
+            Abandoned,
+        };
         const auto writeRun = [&] {
             if (m_run.bytes == 0)
-                return true;
-            {
-                const std::lock_guard<std::timed_mutex> gate(m_writeGate);
-                if (m_state.abandoned)
-                    return false; // the program is ending: not one byte more
+                return Flush::Done;
+            const std::unique_lock<std::timed_mutex> gate(m_writeGate);
+            if (m_state.abandoned)
+                return Flush::Abandoned; // not one byte more
+            Flush flushed = Flush::Done;
+            if (m_run.data) {
                 io = out->writeAt(m_run.destinationOffset, m_run.data, m_run.bytes);
+                if (!io.ok())
+                    flushed = Flush::Failed;
+            } else if (!in->copyTo(*out, m_run.sourceOffset, m_run.destinationOffset, m_run.bytes).ok()) {
+                // It does not say which side failed: the program reads and writes the run itself, and from
+                // here on every run. The bytes the system did copy are the right ones, written again.
+                m_inside = false;
+                m_insideFailed = true;
+                if (m_ahead.size() < m_run.bytes)
+                    m_ahead.resize(m_run.bytes);
+                m_aheadBytes = 0;
+                io = in->readAt(m_run.sourceOffset, m_ahead.data(), m_run.bytes);
+                if (!io.ok() || io.bytes < m_run.bytes) {
+                    io = IoResult();
+                    flushed = Flush::Redo;
+                } else {
+                    io = out->writeAt(m_run.destinationOffset, m_ahead.constData(), m_run.bytes);
+                    if (!io.ok())
+                        flushed = Flush::Failed;
+                }
             }
-            if (io.ok()) {
+            if (flushed == Flush::Done) {
                 noteWritten(m_run.end.position, m_run.end.mergePosition);
             } else {
-                // Back to the run's first block, by subtraction: a manual skip made meanwhile adds up.
-                m_state.position -= m_run.advance;
+                // Back to the run's first block. A manual skip made since its last block is dropped: the
+                // blocks are read again and the copy goes on from where the run ended, copying more rather
+                // than jumping from the wrong place.
+                m_state.position -= m_run.advance + (m_state.position - m_run.end.position);
                 if (merge)
                     m_state.mergePosition -= m_run.advance;
             }
             m_run = WriteRun();
-            return io.ok();
+            return flushed;
         };
         for (;;) {
             if (m_state.stopRequested) {
                 end = End::Stop;
+                const Flush flushed = writeRun(); // after a Redo the copy stops at the run's first block
+                if (flushed == Flush::Abandoned)
+                    return CopyOutcome::Cancelled;
+                if (flushed == Flush::Failed)
+                    end = End::DestinationFailed;
                 break;
             }
             const qint64 position = m_state.position;
             // One byte more than the step, but never past the source's last byte.
             const qint64 wanted = std::max<qint64>(0, std::min(bufferBytes, sourceLength - position + 1));
             if (wanted > 0) {
-                // The run points into the read-ahead buffer: it is written before that buffer is refilled.
-                if (m_run.bytes > 0 && !aheadHolds(position - 1, wanted) && !writeRun()) {
-                    end = End::DestinationFailed;
-                    break;
-                }
-                const char* const block = readBlock(*in, position - 1, wanted, sourceLength, io);
-                if (io.ok() && io.bytes < wanted)
-                    io = IoResult::failure(
-                        EIO, QString()); // the source shrank under us: an unreadable stretch
-                if (!io.ok()) {
-                    end = End::SourceFailed;
-                    break;
-                }
+                const qint64 readOffset = position - 1;
                 const qint64 writeOffset = (merge ? m_state.mergePosition.load() : position) - 1;
-                const bool joins = m_run.bytes > 0 && block == m_run.data + m_run.bytes - 1
-                    && writeOffset == m_run.destinationOffset + m_run.bytes - 1;
-                if (joins) {
-                    m_run.bytes += wanted - 1; // the overlapping byte is there already
-                } else {
-                    if (!writeRun()) {
+                // Consecutive blocks overlap by one byte, in the source and in the destination.
+                const bool joins = m_run.bytes > 0 && readOffset == m_run.sourceOffset + m_run.bytes - 1
+                    && writeOffset == m_run.destinationOffset + m_run.bytes - 1
+                    && (m_run.data ? aheadHolds(readOffset, wanted) : m_run.bytes + wanted - 1 <= kRunBytes);
+                if (m_run.bytes > 0 && !joins) {
+                    const Flush flushed = writeRun();
+                    if (flushed == Flush::Abandoned)
+                        return CopyOutcome::Cancelled;
+                    if (flushed == Flush::Failed) {
                         end = End::DestinationFailed;
                         break;
                     }
+                    if (flushed == Flush::Redo)
+                        continue; // from the run's first block again
+                }
+                if (joins) {
+                    m_run.bytes += wanted - 1; // the overlapping byte is there already
+                } else if (m_inside) {
+                    // Nothing is read now: the system copies the run when it is written.
+                    m_run.sourceOffset = readOffset;
+                    m_run.destinationOffset = writeOffset;
+                    m_run.bytes = wanted;
+                } else {
+                    const char* const block = readBlock(*in, readOffset, wanted, sourceLength, io);
+                    if (io.ok() && io.bytes < wanted)
+                        io = IoResult::failure(
+                            EIO, QString()); // the source shrank under us: an unreadable stretch
+                    if (!io.ok()) {
+                        end = End::SourceFailed;
+                        break;
+                    }
                     if (m_readAhead) {
-                        m_run.data = block;
+                        m_run.data = block; // written when the read-ahead buffer moves on
+                        m_run.sourceOffset = readOffset;
                         m_run.destinationOffset = writeOffset;
                         m_run.bytes = wanted;
                     } else {
@@ -365,12 +418,18 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
                 noteWritten(m_state.position, m_state.mergePosition);
             }
             m_host.yield();
-            if (m_state.position >= sourceLength - step)
+            if (m_state.position >= sourceLength - step) {
+                const Flush flushed = writeRun();
+                if (flushed == Flush::Abandoned)
+                    return CopyOutcome::Cancelled;
+                if (flushed == Flush::Failed)
+                    end = End::DestinationFailed;
+                if (flushed == Flush::Redo)
+                    continue;
                 break;
+            }
         }
         in.reset();
-        if (end != End::DestinationFailed && !writeRun() && !m_state.abandoned)
-            end = End::DestinationFailed;
         if (m_state.abandoned)
             return CopyOutcome::Cancelled;
 

@@ -109,18 +109,24 @@ private:
     qint64 m_aheadBytes = 0; // 0: nothing held
     bool m_readAhead = false; // this pass reads ahead
     bool m_readAheadFailed = false; // this copy met a failed read
-    // Blocks served from the read-ahead buffer are written together: consecutive blocks overlap by one
-    // byte, so their bytes lie side by side in that buffer and in the destination, and one write of a few
-    // MiB costs what one 60 KiB write did. The positions advance block by block as before (progress,
-    // pause and skips are unchanged); only the written positions wait for the run's write.
+    // Where the source reads ahead well, consecutive blocks are written together: they overlap by one
+    // byte, so they lie side by side in the source and in the destination, and one write of a few MiB
+    // costs what one 60 KiB write did. The system copies such a run itself (copy_file_range: the bytes
+    // never pass through the program) until that fails once; from then on the blocks are read into the
+    // read-ahead buffer and the run is written from there. The positions advance block by block as
+    // before (progress, pause and skips are unchanged); only the written positions wait for the run.
+    static constexpr qint64 kRunBytes = qint64(4) << 20;
     struct WriteRun
     {
-        const char* data = nullptr; // into m_ahead
+        const char* data = nullptr; // into m_ahead; null: the system copies the run
+        qint64 sourceOffset = 0;
         qint64 destinationOffset = 0;
         qint64 bytes = 0; // 0: nothing held back
         qint64 advance = 0; // what the positions moved for the blocks held back
         Positions end; // the positions after the last block held back
     };
+    bool m_inside = false; // this pass has the system copy its runs
+    bool m_insideFailed = false; // this copy met a failed copy inside the system
     WriteRun m_run;
     int m_skips = 0;
     bool m_batch = false;

@@ -3,6 +3,7 @@
 #include <QString>
 #include <QtGlobal>
 
+#include <cerrno>
 #include <memory>
 
 namespace vindaro::platform {
@@ -44,6 +45,19 @@ public:
     // Whether reading far ahead in one call is cheap and safe: a large file on a disk, not on an optical
     // disc, where a longer read makes the drive retry more bad sectors.
     virtual bool readsAheadWell() const { return false; }
+    // Copies `bytes` from this file at `offset` into `destination` at `destinationOffset` inside the
+    // system, without passing them through the program (copy_file_range). Answers the bytes copied; a
+    // failure does not tell which side failed, so a caller that must know reads and writes them itself.
+    // ENOTSUP where the two files cannot do it.
+    virtual IoResult copyTo(
+        RandomAccessFile& destination, qint64 offset, qint64 destinationOffset, qint64 bytes)
+    {
+        Q_UNUSED(destination);
+        Q_UNUSED(offset);
+        Q_UNUSED(destinationOffset);
+        Q_UNUSED(bytes);
+        return IoResult::failure(ENOTSUP);
+    }
 };
 
 // Whole-file services the copy engine needs. The real one works on the local file system; tests use a

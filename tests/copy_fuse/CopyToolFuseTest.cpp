@@ -94,6 +94,44 @@ TEST(ScratchedDisc, ReadErrorsFromTheKernelAreSkippedAndTheRestArrives)
     EXPECT_LT(zeros, 2 * 9 * 61440); // each stretch is a handful of blocks, not the rest of the file
 }
 
+// Source and destination on one file system: the kernel copies the blocks itself (copy_file_range) until a
+// bad sector fails that copy; the program then reads and writes on its own, meets the bad block and skips it,
+// and everything readable arrives in its place.
+TEST(ScratchedDisc, ABadSectorUnderTheSystemsOwnCopyIsSkipped)
+{
+    QTemporaryDir dir;
+    const QString backing = dir.filePath(QStringLiteral("backing"));
+    ASSERT_TRUE(QDir().mkpath(backing));
+    const qint64 size = 9'000'000;
+    const qint64 bad = 6'000'000;
+    {
+        QFile f(backing + QStringLiteral("/src.dat"));
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        for (qint64 i = 0; i < size; ++i)
+            f.putChar(fusefs::patternByte(i));
+    }
+    const QString mountPoint = dir.filePath(QStringLiteral("mnt"));
+    {
+        FailingDisk disk(mountPoint, backing, "read", EIO, bad);
+        VINDARO_SKIP_UNLESS_MOUNTED(disk);
+        const ToolRun r = copyTool({QStringLiteral("-q"), QStringLiteral("-r"), QStringLiteral("1"),
+            QStringLiteral("-s"), QStringLiteral("1"), mountPoint + QStringLiteral("/src.dat"),
+            mountPoint + QStringLiteral("/copy.dat")});
+        EXPECT_EQ(r.exitCode, 1) << r.err.toStdString();
+        EXPECT_EQ(r.out.count(QStringLiteral("文件跳过：")), 1) << r.out.toStdString();
+    }
+    const QByteArray bytes = readFile(backing + QStringLiteral("/copy.dat"));
+    ASSERT_EQ(bytes.size(), size);
+    for (qint64 i = 0; i < size; ++i) {
+        if (bytes[i] != fusefs::patternByte(i)) {
+            ASSERT_EQ(bytes[i], '\0') << "byte " << i << " is neither the source's nor a skipped one";
+            ASSERT_GT(i, bad - 2 * 6144) << "a byte before the bad sector was lost";
+            ASSERT_LT(i, bad + 9 * 6144) << "a byte after the skipped stretch was lost";
+        }
+    }
+    EXPECT_EQ(bytes[bad], '\0');
+}
+
 // A destination that fails while it is written (a pulled stick, a dropped share, a write-back error) is
 // reported with the system's words and never taken for an unreadable stretch of the source: no skip, no
 // finish, the failure status, the partial file intact, and a record from which a later run completes the

@@ -4,6 +4,7 @@
 //     MODE write   writes that reach past byte LIMIT fail, and nothing of them is written
 //     MODE fsync   fsync and fdatasync fail (a write-back failure)
 //     MODE flush   close() fails (a share that reports a lost write only at the end)
+//     MODE read    reads that touch byte LIMIT fail (a bad sector of a disk that is also written to)
 //     MODE none    nothing fails
 #include "FuseFs.h"
 
@@ -69,6 +70,8 @@ int main(int argc, char** argv)
         return opened(::open(real(path).c_str(), info->flags | O_CREAT, mode), info);
     };
     operations.read = [](const char*, char* buffer, size_t size, off_t offset, fuse_file_info* info) {
+        if (g_mode == "read" && offset <= g_limit && g_limit < offset + static_cast<long long>(size))
+            return -g_errno;
         return result(::pread(fd(info), buffer, size, offset));
     };
     operations.write = [](const char*, const char* buffer, size_t size, off_t offset, fuse_file_info* info) {

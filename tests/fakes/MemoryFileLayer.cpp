@@ -42,6 +42,32 @@ public:
             return IoResult::failure(EBADF, QStringLiteral("Bad file descriptor"));
         return m_layer.write(m_path, offset, data, count);
     }
+    // As copy_file_range: either side's failure ends it with EIO, and the caller cannot tell which.
+    IoResult copyTo(platform::RandomAccessFile& destination, qint64 offset, qint64 destinationOffset,
+        qint64 bytes) override
+    {
+        auto* to = dynamic_cast<MemoryFile*>(&destination);
+        if (!m_layer.m_copiesInside || !to)
+            return IoResult::failure(ENOTSUP);
+        QByteArray buffer(std::min<qint64>(bytes, 1 << 20), Qt::Uninitialized);
+        IoResult result;
+        while (result.bytes < bytes) {
+            const qint64 n = std::min<qint64>(buffer.size(), bytes - result.bytes);
+            const IoResult in = readAt(offset + result.bytes, buffer.data(), n);
+            const IoResult out = in.ok() && in.bytes == n
+                ? to->writeAt(destinationOffset + result.bytes, buffer.data(), n)
+                : in;
+            if (!in.ok() || in.bytes < n || !out.ok()) {
+                const qint64 done = result.bytes;
+                result = IoResult::failure(EIO);
+                result.bytes = done;
+                return result;
+            }
+            result.bytes += n;
+        }
+        ++m_layer.m_insideCopies;
+        return result;
+    }
     IoResult sync() override
     {
         if (!m_writable)
@@ -74,6 +100,7 @@ void MemoryFileLayer::reset()
     m_open = 0;
     m_maxOpen = 0;
     m_largestRead = 0;
+    m_insideCopies = 0;
 }
 
 void MemoryFileLayer::put(const QString& path, const QByteArray& bytes)

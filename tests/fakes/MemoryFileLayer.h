@@ -63,6 +63,10 @@ public:
     int syncCount(const QString& path) const; // successful syncs of the file
     // Files opened for reading from now on say they read ahead well, as large files on a disk do.
     void setReadsAhead(bool readsAhead) { m_readsAhead = readsAhead; }
+    // Files copy into each other inside the "system" (copyTo) from now on; failing as a whole, as
+    // copy_file_range does, when either side fails.
+    void setCopiesInside(bool copiesInside) { m_copiesInside = copiesInside; }
+    int insideCopies() const { return m_insideCopies; } // copyTo calls that succeeded
 
     std::unique_ptr<platform::RandomAccessFile> openForReading(
         const QString& path, platform::IoResult& result) override;
@@ -83,6 +87,8 @@ public:
 private:
     friend class MemoryFile;
     std::atomic<bool> m_readsAhead{false};
+    std::atomic<bool> m_copiesInside{false};
+    std::atomic<int> m_insideCopies{0};
     struct Entry
     {
         QByteArray bytes;

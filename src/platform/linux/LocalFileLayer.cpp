@@ -77,6 +77,35 @@ public:
         return result;
     }
 
+    IoResult copyTo(
+        RandomAccessFile& destination, qint64 offset, qint64 destinationOffset, qint64 bytes) override
+    {
+        auto* to = dynamic_cast<PosixFile*>(&destination);
+        if (!to || m_fd < 0 || to->m_fd < 0)
+            return IoResult::failure(ENOTSUP, errnoText(ENOTSUP));
+        IoResult result;
+        while (result.bytes < bytes) {
+            loff_t from = offset + result.bytes;
+            loff_t at = destinationOffset + result.bytes;
+            const ssize_t n = ::copy_file_range(m_fd, &from, to->m_fd, &at, size_t(bytes - result.bytes), 0);
+            if (n < 0) {
+                if (errno == EINTR)
+                    continue;
+                const qint64 done = result.bytes;
+                result = lastFailure();
+                result.bytes = done;
+                return result;
+            }
+            if (n == 0) {
+                // The source ended early: as a short read, the caller decides.
+                result = IoResult::failure(EIO, errnoText(EIO));
+                return result;
+            }
+            result.bytes += n;
+        }
+        return result;
+    }
+
     IoResult sync() override
     {
         int r;
