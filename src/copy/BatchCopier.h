@@ -108,6 +108,9 @@ public:
     static QString totalText(qint64 totalBytes);
 
     const BatchCounters& counters() const { return m_counters; }
+    // The block loop of the file in hand: a program ending while a read hangs abandons it and saves that
+    // file's record from what was written.
+    BlockCopier& copier() { return m_copier; }
     void setPlatformFamily(int family) { m_platformFamily = family; }
 
 private:

@@ -96,46 +96,64 @@ TEST_F(CopyToolTest, SkipsUnreadableRangesAndSaysSo)
 }
 
 // A read that never returns: the first Ctrl-C cannot end the copy, the second ends the process at once
-// with a record of what was written, from which a later run completes the copy.
+// with a record of what was written, from which a later run completes the copy. The same in a batch.
 TEST_F(CopyToolTest, SecondInterruptDuringAStuckReadSavesTheRecordAndEnds)
 {
     const QByteArray data = randomBytes(2'000'000);
     writeFile(path("src.dat"), data);
-    auto env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("VINDARO_TEST_HANG_AT_READ"), QStringLiteral("5"));
-    env.insert(QStringLiteral("VINDARO_TEST_HANG_FOREVER"), QStringLiteral("1"));
+    ASSERT_TRUE(QDir().mkpath(path("batch")));
+    const struct
+    {
+        const char* name;
+        QStringList args;
+        QString destination;
+        qint64 blockBytes; // a batch reads a disk in blocks of its own size
+    } rows[] = {
+        {"single copy", {path("src.dat"), path("dst.dat")}, path("dst.dat"), 6144},
+        {"batch", {QStringLiteral("-t"), path("batch"), path("src.dat")}, path("batch/src.dat"), 61440},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        auto env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("VINDARO_TEST_HANG_AT_READ"), QStringLiteral("5"));
+        env.insert(QStringLiteral("VINDARO_TEST_HANG_FOREVER"), QStringLiteral("1"));
 
-    QProcess p;
-    p.setProcessEnvironment(env);
-    p.start(QStringLiteral(VINDARO_FAULTY_COPY_TOOL),
-        {QStringLiteral("-q"), QStringLiteral("-r"), QStringLiteral("1"), path("src.dat"), path("dst.dat")});
-    ASSERT_TRUE(p.waitForStarted());
-    QByteArray err;
-    QDeadlineTimer deadline(60000);
-    while (!err.contains("HANG") && !deadline.hasExpired()) {
-        p.waitForReadyRead(1000);
-        err += p.readAllStandardError();
+        QProcess p;
+        p.setProcessEnvironment(env);
+        p.start(QStringLiteral(VINDARO_FAULTY_COPY_TOOL),
+            QStringList{QStringLiteral("-q"), QStringLiteral("-r"), QStringLiteral("1")} + row.args);
+        ASSERT_TRUE(p.waitForStarted());
+        QByteArray err;
+        QDeadlineTimer deadline(60000);
+        while (!err.contains("HANG") && !deadline.hasExpired()) {
+            p.waitForReadyRead(1000);
+            err += p.readAllStandardError();
+        }
+        ASSERT_TRUE(err.contains("HANG"));
+        ::kill(pid_t(p.processId()), SIGINT);
+        EXPECT_FALSE(p.waitForFinished(300)); // the read does not give up: no cancel can act
+        QElapsedTimer sinceSecond;
+        sinceSecond.start();
+        ::kill(pid_t(p.processId()), SIGINT);
+        ASSERT_TRUE(p.waitForFinished(10000));
+        EXPECT_LT(sinceSecond.elapsed(), 1500);
+        EXPECT_EQ(p.exitCode(), 128 + SIGINT);
+
+        // four blocks were written before the fifth read stuck
+        const QByteArray partial = readFile(row.destination);
+        EXPECT_EQ(partial.size(), 4 * row.blockBytes + 1);
+        EXPECT_EQ(partial, data.first(partial.size()));
+        EXPECT_TRUE(readFile(qEnvironmentVariable("XDG_STATE_HOME") + QStringLiteral("/vindaro/resume.json"))
+                        .contains(row.destination.toUtf8()))
+            << "no record";
+        const ToolRun resumed = run(QStringLiteral(VINDARO_COPY_TOOL),
+            {QStringLiteral("-q"), QStringLiteral("-e"), QStringLiteral("continue"), path("src.dat"),
+                row.destination});
+        EXPECT_EQ(resumed.exitCode, 0) << resumed.err.toStdString();
+        EXPECT_TRUE(resumed.out.startsWith(QStringLiteral("续拷文件：") + path("src.dat")))
+            << resumed.out.toStdString(); // continued from a record, not appended
+        EXPECT_EQ(readFile(row.destination), data);
     }
-    ASSERT_TRUE(err.contains("HANG"));
-    ::kill(pid_t(p.processId()), SIGINT);
-    EXPECT_FALSE(p.waitForFinished(300)); // the read does not give up: no cancel can act
-    QElapsedTimer sinceSecond;
-    sinceSecond.start();
-    ::kill(pid_t(p.processId()), SIGINT);
-    ASSERT_TRUE(p.waitForFinished(10000));
-    EXPECT_LT(sinceSecond.elapsed(), 1500);
-    EXPECT_EQ(p.exitCode(), 128 + SIGINT);
-
-    // four blocks of 6,144 bytes were written before the fifth read stuck
-    const QByteArray partial = readFile(path("dst.dat"));
-    EXPECT_EQ(partial, data.first(4 * 6144 + 1));
-    const ToolRun resumed = run(QStringLiteral(VINDARO_COPY_TOOL),
-        {QStringLiteral("-q"), QStringLiteral("-e"), QStringLiteral("continue"), path("src.dat"),
-            path("dst.dat")});
-    EXPECT_EQ(resumed.exitCode, 0) << resumed.err.toStdString();
-    EXPECT_TRUE(resumed.out.startsWith(QStringLiteral("续拷文件：") + path("src.dat")))
-        << resumed.out.toStdString(); // continued from a record, not appended
-    EXPECT_EQ(readFile(path("dst.dat")), data);
 }
 
 // Ctrl-C during a hanging read cancels after that block, keeps the partial file with a resume record,

@@ -158,6 +158,7 @@ int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources
     BatchCopier batch(state, host, files, resumeStore, drives);
     host.batchCounters = &batch.counters();
     installInterruptHandler(state);
+    watchForQuit(batch.copier());
     const BatchResult result = batch.copyingFiles(absolute);
     if (!result.started)
         return kExitNotStarted;
