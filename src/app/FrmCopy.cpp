@@ -740,7 +740,6 @@ void FrmCopy::closeEvent(QCloseEvent* event)
     box.icon = platform::BoxIcon::Exclamation;
     box.buttons = platform::BoxButtons::YesNo;
     const int answer = m_services.boxes.present(box, this);
-    m_state.lastAnswer = answer;
     if (answer != platform::kAnswerYes) {
         event->ignore();
         return;

@@ -1,5 +1,6 @@
 #include "BatchCopier.h"
 
+#include "CopyMessages.h"
 #include "CopyText.h"
 #include "files/Format.h"
 #include "platform/Volumes.h"
@@ -101,18 +102,6 @@ BatchCopier::BatchCopier(CopyState& state, BatchHost& host, platform::FileLayer&
     m_copier.setBatchMode(true);
 }
 
-QString BatchCopier::totalText(qint64 totalBytes)
-{
-    QString amount;
-    if (totalBytes >= 1024000)
-        amount = files::groupDigits(totalBytes / 1024 / 1024) + QStringLiteral(" MB");
-    else if (totalBytes >= 10240)
-        amount = files::groupDigits(totalBytes / 1024) + QStringLiteral(" KB");
-    else
-        amount = files::groupDigits(totalBytes) + QStringLiteral(" 字节");
-    return QStringLiteral("[ 总共：") + amount;
-}
-
 QString BatchCopier::destinationFor(const QString& source, const QString& folder, bool copyToSameDir)
 {
     if (copyToSameDir)
@@ -146,8 +135,7 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
         }
         length = std::max<qint64>(0, length);
         if (__builtin_add_overflow(total, length, &total)) {
-            m_host.showBox(MessageBox{QStringLiteral("复制的文件数目超出了允许的最大范围！"),
-                QStringLiteral("提醒！"), BoxIcon::Exclamation, BoxButtons::Ok});
+            m_host.showBox(msg::tooManyFilesNotice());
             return result;
         }
         batchFiles << entry;
@@ -169,21 +157,12 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
     if (!isNetworkPath(folder)) {
         const double free = m_drives.freeBytes(folder);
         if (free < 0) {
-            m_host.showBox(MessageBox{QStringLiteral("无效的文件保存路径。"), QStringLiteral("Error"),
-                BoxIcon::Exclamation, BoxButtons::Ok});
+            m_host.showBox(msg::invalidDestinationNotice());
             return result;
         }
         if (free < double(total)) {
-            // Mount points are case-sensitive: the drive is named as it is.
-            const int answer = m_host.showBox(
-                MessageBox{m_drives.driveName(folder) + QStringLiteral("盘空间不足，请重新选择文件保存路径")
-                        + kCrLf + QStringLiteral("可用空间：") + files::formatWholeMegabytes(qint64(free))
-                        + QStringLiteral("MB") + kCrLf + QStringLiteral("文件容量：")
-                        + files::formatWholeMegabytes(total) + QStringLiteral("MB") + kCrLf + kCrLf
-                        + QStringLiteral("是[Y]：忽略，继续复制") + kCrLf
-                        + QStringLiteral("否[N]：取消复制，重新选择文件保存路径"),
-                    QStringLiteral("提醒！"), BoxIcon::Exclamation, BoxButtons::YesNo});
-            m_state.lastAnswer = answer;
+            const int answer
+                = m_host.showBox(msg::batchLowSpaceQuestion(m_drives.driveName(folder), free, total));
             if (answer != platform::kAnswerYes)
                 return result;
         }
@@ -192,7 +171,7 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
     result.started = true;
     m_files.makeFolders(folder); // a folder typed on the command line may not exist yet
     m_host.startAnimation();
-    const QString totalLabel = totalText(total);
+    const QString totalLabel = msg::batchTotal(total);
     QStringList finishedDestinations; // their records go once the device has confirmed the batch
     QStringList foldersWritten;
     for (qsizetype i = 0; i < batchFiles.size(); ++i) {
@@ -201,11 +180,8 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
             break;
         const QString& source = batchFiles[i];
         const QString destination = destinationFor(source, folder, copyToSameDir);
-        m_host.showFile(QStringLiteral("从“") + source + QStringLiteral("”"),
-            QStringLiteral("到“") + destination + QStringLiteral("”"),
-            QString::number(i + 1) + QLatin1Char('/') + QString::number(batchFiles.size())
-                + QStringLiteral(" ]"),
-            totalLabel);
+        m_host.showFile(msg::batchFromText(source), msg::batchToText(destination),
+            msg::batchCountText(i + 1, batchFiles.size()), totalLabel);
         if (!copyToSameDir) {
             // Once per folder and batch; a failure shows when the file is opened.
             const QString destinationFolder = folderOf(destination);
@@ -256,9 +232,7 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
         synced = m_files.syncFileSystem(written);
         if (!synced.ok()) {
             result.syncFailed = true;
-            m_host.showBox(MessageBox{written + kCrLf + QStringLiteral("[") + QString::number(synced.error)
-                    + QStringLiteral("].") + synced.description,
-                QStringLiteral("复制文件时出错！"), BoxIcon::Critical, BoxButtons::Ok});
+            m_host.showBox(msg::batchSyncFailure(written, synced.error, synced.description));
             break;
         }
     }
@@ -304,7 +278,6 @@ CopyOutcome BatchCopier::copyOneFile(
         ResumeRecord record;
         if (m_resumeStore.load(destination, record)) {
             const int answer = m_host.askContinueCopy(source, destination);
-            m_state.lastAnswer = answer;
             if (answer == 1) {
                 m_files.truncate(destination);
                 return startAt(source, destination, 1);
@@ -321,7 +294,6 @@ CopyOutcome BatchCopier::copyOneFile(
             return CopyOutcome::NotStarted;
         }
         const int choice = m_host.askBatchExistingFile(source, destination);
-        m_state.lastAnswer = choice;
         switch (choice) {
         case 2:
             m_overwriteAll = true;

@@ -104,9 +104,6 @@ public:
     // whole folder path (/home/u/a.dat -> /home/u/out/home/u/a.dat).
     QString destinationFor(const QString& source, const QString& folder, bool copyToSameDir);
 
-    // "[ 总共：" and the total as whole MB (from 1,024,000 bytes), whole KB (from 10,240) or bytes.
-    static QString totalText(qint64 totalBytes);
-
     const BatchCounters& counters() const { return m_counters; }
     // The block loop of the file in hand: a program ending while a read hangs abandons it and saves that
     // file's record from what was written.

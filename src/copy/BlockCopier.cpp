@@ -1,9 +1,7 @@
 #include "BlockCopier.h"
 
+#include "CopyMessages.h"
 #include "CopyText.h"
-#include "files/Format.h"
-
-#include <QStringList>
 
 #include <cerrno>
 #include <chrono>
@@ -15,91 +13,6 @@ using platform::BoxIcon;
 using platform::IoResult;
 using platform::MessageBox;
 
-namespace {
-
-using text::kCrLf;
-using text::kIndent;
-
-QString joinLines(std::initializer_list<QString> lines)
-{
-    return QStringList(lines).join(kCrLf);
-}
-
-QString boxTitle(bool merge)
-{
-    return merge ? QStringLiteral("合并文件时出错！") : QStringLiteral("复制文件时出错！");
-}
-
-QString errorEntry(const QString& source, const QString& destination, bool merge, const QString& cause)
-{
-    if (merge)
-        return QStringLiteral("合并文件“") + source + QStringLiteral("”到：") + kCrLf + kIndent
-            + QStringLiteral("“") + destination + QStringLiteral("”时遇到错误。") + kCrLf + kIndent + cause;
-    return QStringLiteral("复制文件“") + source + QStringLiteral("”时遇到错误。") + kCrLf + kIndent + cause;
-}
-
-// Log cause and box text of the failures that end a copy.
-struct FailureTexts
-{
-    QString cause; // empty: nothing is logged
-    QString box;
-};
-
-FailureTexts failureTexts(
-    const FileError& error, bool atFirstPosition, bool cdRomNotReady, const QString& source, bool merge)
-{
-    switch (error.errorClass) {
-    case kDiskFull:
-        return merge ? FailureTexts{QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来合并文件。"),
-                   QStringLiteral("磁盘已满，没有足够的可用空间用来合并文件。")}
-                     : FailureTexts{QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来复制文件。"),
-                         QStringLiteral("磁盘已满，没有足够的可用空间用来复制文件。")};
-    case kBadRecordNumber:
-        return {QStringLiteral("错误原因：未知错误，可能是文件拒绝访问权限。"),
-            QStringLiteral("未知错误，请检查文件访问权限。")};
-    case kPermissionDenied:
-        return {QStringLiteral("错误原因：共享冲突,源文件或目标文件可能正在使用。"),
-            (merge ? QStringLiteral("无法合并 ") : QStringLiteral("无法复制 ")) + source + kCrLf
-                + QStringLiteral("共享冲突,源文件或目标文件可能正在使用。")};
-    case kPathAccess:
-        Q_ASSERT(atFirstPosition);
-        return {QStringLiteral("错误原因：路径/文件访问错误，文件拒绝访问权限。"),
-            QStringLiteral("路径/文件访问错误，请检查文件的访问权限。")};
-    default:
-        break;
-    }
-    Q_UNUSED(atFirstPosition);
-    // Any other failure. The disc texts only for a source on an optical drive that is not ready.
-    if (cdRomNotReady) {
-        return merge
-            ? FailureTexts{QStringLiteral("错误原因：合并文件被意外地终止，光驱中可能没有光盘。"),
-                QStringLiteral("合并文件被意外地终止，请检查光驱中是否有光盘。")}
-            : FailureTexts{QStringLiteral("错误原因：复制文件被意外地终止，请检查光驱中是否有光盘。"),
-                QStringLiteral("复制文件被意外地终止，请检查光驱中是否有光盘。")};
-    }
-    if (error.description.isEmpty()) {
-        if (merge)
-            return {QStringLiteral("错误原因：未知错误，可能是目标文件中含有非法字符或是 ") + kCrLf + kIndent
-                    + QStringLiteral("在文件合并过程当中遇到了其他无法预料的情况 。"),
-                joinLines({QStringLiteral("未知错误，可能是目标文件中含有非法字符或是在文件 "),
-                    QStringLiteral("合并过程当中遇到了其他无法预料的情况.如果文件已经"),
-                    QStringLiteral("合并了一部份，请重新启动Vindaro，若仍然存在"),
-                    QStringLiteral("问题，请检查文件的访问权限.")})};
-        return {QStringLiteral("错误原因：未知错误，可能是目标文件中含有非法字符 ") + kCrLf + kIndent
-                + QStringLiteral("或是在文件复制过程当中遇到了其他无法预料的情况 。"),
-            joinLines({QStringLiteral("未知错误，可能是目标文件中含有非法字符或是在文件 "),
-                QStringLiteral("复制过程当中遇到了其他无法预料的情况.如果文件已经"),
-                QStringLiteral("复制了一部份，请重新启动Vindaro并再次选择该 "),
-                QStringLiteral("文件然后以追加方式继续复制剩余的部分，若仍然存在"),
-                QStringLiteral("问题，请检查文件的访问权限.")})};
-    }
-    // A failure the system describes: shown with its code, not logged.
-    return {QString(),
-        QStringLiteral("[") + QString::number(error.code) + QStringLiteral("].") + error.description};
-}
-
-} // namespace
-
 BlockCopier::BlockCopier(CopyState& state, CopyHost& host, platform::FileLayer& files,
     ResumeStore& resumeStore, std::function<bool(const QString&)> cdRomNotReady)
     : m_state(state)
@@ -108,21 +21,6 @@ BlockCopier::BlockCopier(CopyState& state, CopyHost& host, platform::FileLayer& 
     , m_resumeStore(resumeStore)
     , m_cdRomNotReady(std::move(cdRomNotReady))
 {
-}
-
-QString BlockCopier::finishedEntry(const QString& source, const QString& destination, qint64 sourceLength,
-    bool merge, const QString& estimated, const QString& throughput)
-{
-    return source + kCrLf + kIndent
-        + (merge ? QStringLiteral("被成功地合并到：") : QStringLiteral("被成功地复制到：")) + kCrLf + kIndent
-        + destination + kCrLf + kIndent + QStringLiteral("文件大小：") + files::groupDigits(sourceLength)
-        + QStringLiteral("字节") + QStringLiteral("  ") + QStringLiteral("总计消耗：") + estimated
-        + QStringLiteral("  ") + QStringLiteral("存取速度：") + throughput;
-}
-
-QString BlockCopier::skippedEntry(qint64 position)
-{
-    return QStringLiteral("文件跳过：") + files::groupDigits(position) + QStringLiteral("字节");
 }
 
 CopyOutcome BlockCopier::copyBlocks(const QString& source, const QString& destination, qint64 step)
@@ -151,11 +49,7 @@ void BlockCopier::enterCopyingState()
 
 bool BlockCopier::askToRetry(bool merge)
 {
-    const int answer = m_host.showBox(text::box(merge ? QStringLiteral("合并文件时出错，是否继续合并？")
-                                                      : QStringLiteral("复制文件时出错，是否继续复制？"),
-        QStringLiteral("警告！"), BoxIcon::Critical, BoxButtons::YesNo));
-    m_state.lastAnswer = answer;
-    if (answer != platform::kAnswerYes)
+    if (m_host.showBox(msg::retryQuestion(merge)) != platform::kAnswerYes)
         return false;
     enterCopyingState();
     return true;
@@ -515,119 +409,81 @@ bool BlockCopier::onFailure(const IoResult& io, IoSide side, const QString& sour
         outcome = CopyOutcome::Cancelled;
         return true;
     }
-    const FileError error = classify(io, side);
+    FileError error = classify(io, side);
+    if (error.failure == Failure::UnreadableStretch && m_state.position <= 1)
+        error.failure = Failure::UnreadableStart;
+    // Only a source can sit on an optical drive without a disc; asked only where the answer counts.
+    if ((error.failure == Failure::Described || error.failure == Failure::Unknown) && side == IoSide::Source
+        && m_cdRomNotReady && m_cdRomNotReady(source))
+        error.failure = Failure::NoMedium;
     // The partial destination can be continued once the destination works again: its record names only
     // what is known to be on the device.
     if (side == IoSide::Destination)
         saveResumeRecord(destination);
     if (m_batch)
-        return onBatchFailure(error, source, destination, outcome);
-    const qint64 position = m_state.position;
+        m_host.stopTimer();
 
-    if (error.errorClass == kInvalidArgument) {
-        if (askToRetry(merge))
-            return false; // the same round again, from the same position
-        enterIdleState();
-        outcome = CopyOutcome::Failed;
-        return true;
-    }
-
-    qint64 skipBytes = 0;
-    if (error.errorClass == kBadFileNumber)
-        skipBytes = m_state.blockBytes;
-    else if (error.errorClass == kPathAccess && position > 1)
-        skipBytes = qint64(m_state.skipBlocks) * m_state.blockBytes * 8;
-    if (skipBytes > 0) {
-        m_state.position += skipBytes;
+    const Action action = actionFor(error.failure, m_batch);
+    switch (action) {
+    case Action::SkipBlock:
+    case Action::SkipStretch: {
+        const qint64 blocks = action == Action::SkipBlock ? 1 : m_batch ? 80 : qint64(m_state.skipBlocks) * 8;
+        m_state.position += blocks * m_state.blockBytes;
         noteWritten(m_state.position, m_state.mergePosition); // the stretch is left out on purpose
         ++m_skips;
         m_host.yield();
         if (m_state.position <= m_state.sourceLength) {
-            m_host.log(skippedEntry(m_state.position));
+            if (!m_batch)
+                m_host.log(msg::skippedEntry(m_state.position)); // a batch logs no skipped block
             return false; // start again from the new position
         }
+        if (m_batch)
+            return endBatch(false, outcome);
         outcome = finish(source, destination, merge, false);
         return true;
     }
-
-    // Only a source can sit on an optical drive without a disc.
-    const bool notReady = side == IoSide::Source && m_cdRomNotReady && m_cdRomNotReady(source);
-    const FailureTexts texts = failureTexts(error, position <= 1, notReady, source, merge);
-    enterIdleState();
-    if (!texts.cause.isEmpty())
-        m_host.log(errorEntry(source, destination, merge, texts.cause));
-    m_host.showBox(text::box(texts.box, boxTitle(merge), BoxIcon::Critical));
-    outcome = CopyOutcome::Failed;
-    return true;
-}
-
-bool BlockCopier::onBatchFailure(
-    const FileError& error, const QString& source, const QString& destination, CopyOutcome& outcome)
-{
-    m_host.stopTimer();
-    const auto logCause
-        = [&](const QString& cause) { m_host.log(errorEntry(source, destination, false, cause)); };
-    const auto endBatch = [&](bool keepRecord) {
-        m_state.stopRequested = true;
-        m_state.cancelRequested = keepRecord;
-        outcome = keepRecord ? CopyOutcome::Cancelled : CopyOutcome::Failed;
-        return true;
-    };
-    const auto nextFile = [&] {
+    case Action::AskRetry:
+        if (askToRetry(merge && !m_batch))
+            return false; // the same round again, from the same position
+        if (m_batch)
+            return endBatch(false, outcome);
         enterIdleState();
         outcome = CopyOutcome::Failed;
         return true;
-    };
+    case Action::EndWithBox: {
+        const msg::FailureTexts texts = error.failure == Failure::Described
+            ? msg::FailureTexts{QString(), msg::describedFailure(error.code, error.description)}
+            : msg::singleFailure(error.failure, merge, source);
+        enterIdleState();
+        if (!texts.cause.isEmpty())
+            m_host.log(msg::errorEntry(source, destination, merge, texts.cause));
+        m_host.showBox(text::box(texts.box, msg::errorBoxTitle(merge), BoxIcon::Critical));
+        outcome = CopyOutcome::Failed;
+        return true;
+    }
+    case Action::NextFile:
+        // A batch names no merge in its entries, even for a file whose merge it continues.
+        if (error.failure != Failure::Described)
+            m_host.log(msg::errorEntry(source, destination, false, msg::batchFailureCause(error.failure)));
+        enterIdleState();
+        outcome = CopyOutcome::Failed;
+        if (error.failure == Failure::Described)
+            m_host.showBox(text::box(msg::describedFailure(error.code, error.description),
+                msg::errorBoxTitle(false), BoxIcon::Critical));
+        return true;
+    case Action::EndBatchKeepRecord:
+        m_host.log(msg::errorEntry(source, destination, false, msg::batchFailureCause(error.failure)));
+        return endBatch(true, outcome);
+    }
+    Q_UNREACHABLE();
+    return true;
+}
 
-    const qint64 position = m_state.position;
-    qint64 skipBytes = 0;
-    if (error.errorClass == kBadFileNumber)
-        skipBytes = m_state.blockBytes;
-    else if (error.errorClass == kPathAccess && position > 1)
-        skipBytes = 80 * m_state.blockBytes; // a fixed 80 blocks in a batch, not the skip slider
-    if (skipBytes > 0) {
-        m_state.position += skipBytes;
-        ++m_skips;
-        m_host.yield();
-        if (m_state.position <= m_state.sourceLength)
-            return false; // the loop starts again there; a batch logs no skipped block
-        return endBatch(false);
-    }
-
-    switch (error.errorClass) {
-    case kInvalidArgument: {
-        if (askToRetry(false))
-            return false; // read the same block again
-        return endBatch(false);
-    }
-    case kDiskFull:
-        logCause(QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来复制文件。"));
-        return endBatch(true);
-    case kBadRecordNumber:
-        logCause(QStringLiteral("错误原因：未知错误，请检查文件访问权限。"));
-        return nextFile();
-    case kPermissionDenied:
-        logCause(QStringLiteral("错误原因：共享冲突,源文件或目标文件可能正在使用。"));
-        return nextFile();
-    case kPathAccess: // at position 1
-        logCause(QStringLiteral("错误原因：路径/文件访问错误，请检查文件的访问权限。"));
-        return nextFile();
-    default:
-        break;
-    }
-    if (error.side == IoSide::Source && m_cdRomNotReady && m_cdRomNotReady(source)) {
-        logCause(QStringLiteral("错误原因：复制文件被意外地终止，可能是光驱中没有光盘。"));
-        return endBatch(true);
-    }
-    if (error.description.isEmpty()) {
-        logCause(QStringLiteral("错误原因：未知错误，可能是目标文件中含有非法字符 ") + kCrLf + kIndent
-            + QStringLiteral("或是在文件复制过程当中遇到了其他无法预料的情况。"));
-        return nextFile();
-    }
-    nextFile();
-    m_host.showBox(MessageBox{
-        QStringLiteral("[") + QString::number(error.code) + QStringLiteral("].") + error.description,
-        QStringLiteral("复制文件时出错！"), BoxIcon::Critical, BoxButtons::Ok});
+bool BlockCopier::endBatch(bool keepRecord, CopyOutcome& outcome)
+{
+    m_state.stopRequested = true;
+    m_state.cancelRequested = keepRecord;
+    outcome = keepRecord ? CopyOutcome::Cancelled : CopyOutcome::Failed;
     return true;
 }
 
@@ -642,12 +498,9 @@ CopyOutcome BlockCopier::finish(
     if (showCopied)
         m_host.showCopiedBytes(sourceLength);
     enterIdleState();
-    m_host.log(finishedEntry(
+    m_host.log(msg::finishedEntry(
         source, destination, sourceLength, merge, m_host.estimatedText(), m_host.throughputText()));
-    m_host.showBox(text::notice(source + kCrLf
-            + (merge ? QStringLiteral("已被成功地合并到：") : QStringLiteral("已被成功地复制到："))
-            + destination,
-        merge ? QStringLiteral("文件合并完成！") : QStringLiteral("文件复制完成！")));
+    m_host.showBox(msg::finishedNotice(source, destination, merge));
     return m_skips > 0 ? CopyOutcome::FinishedWithSkips : CopyOutcome::Finished;
 }
 
@@ -659,11 +512,8 @@ CopyOutcome BlockCopier::onStop(const QString& source, const QString& destinatio
     if (m_batch)
         return CopyOutcome::Cancelled; // the batch keeps the file and saves its record
 
-    m_host.log((merge ? QStringLiteral("取消合并：") : QStringLiteral("取消复制：")) + source);
-    const int answer
-        = m_host.showBox(text::question(destination + kCrLf + QStringLiteral("该文件已经存在，是否删除？")));
-    m_state.lastAnswer = answer;
-    if (answer == platform::kAnswerYes) {
+    m_host.log(msg::cancelledEntry(source, merge));
+    if (m_host.showBox(msg::deletePartialQuestion(destination)) == platform::kAnswerYes) {
         resetAfterCancel();
         m_files.remove(destination);
         m_resumeStore.remove(destination); // a record for a file that is gone would only mislead

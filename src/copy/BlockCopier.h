@@ -2,7 +2,7 @@
 
 #include "CopyHost.h"
 #include "CopyState.h"
-#include "ErrorClass.h"
+#include "FailurePolicy.h"
 #include "ResumeRecord.h"
 #include "platform/FileIo.h"
 
@@ -64,11 +64,6 @@ public:
     // is then set, with cancelRequested when the file's resume record is to be kept (Cancelled).
     void setBatchMode(bool batch) { m_batch = batch; }
 
-    // Texts shared with the batch copy.
-    static QString finishedEntry(const QString& source, const QString& destination, qint64 sourceLength,
-        bool merge, const QString& estimated, const QString& throughput);
-    static QString skippedEntry(qint64 position);
-
 private:
     struct Positions
     {
@@ -86,8 +81,8 @@ private:
     // Decides what a failure means: true with `outcome` set when the copy ends, false to run the pass again.
     bool onFailure(const platform::IoResult& io, IoSide side, const QString& source,
         const QString& destination, bool merge, CopyOutcome& outcome);
-    bool onBatchFailure(
-        const FileError& error, const QString& source, const QString& destination, CopyOutcome& outcome);
+    // A batch ends after this file: stopRequested set, with cancelRequested when the file's record is kept.
+    bool endBatch(bool keepRecord, CopyOutcome& outcome);
     bool askToRetry(bool merge); // true: the user wants the block read again (the window is copying)
     void enterIdleState();
     void resetAfterCancel();

@@ -1,5 +1,6 @@
 #include "CopySession.h"
 
+#include "CopyMessages.h"
 #include "CopyText.h"
 #include "files/Format.h"
 #include "platform/Volumes.h"
@@ -21,11 +22,6 @@ using text::notice;
 using text::question;
 
 namespace {
-
-QString megabytes(double bytes)
-{
-    return files::formatWholeMegabytes(bytes < 0 ? 0 : qint64(bytes));
-}
 
 // Whether two paths name one file: the same cleaned absolute path, or the same file through links.
 bool isSameFile(const QString& source, const QString& destination)
@@ -150,10 +146,7 @@ void CopySession::enterCopyingState()
 void CopySession::logLowSpace(
     const QString& source, const QString& destination, double freeBytes, qint64 sourceLength)
 {
-    m_host.log(QStringLiteral("复制文件“") + source + QStringLiteral("”时遇到错误。") + kCrLf + kIndent
-        + QStringLiteral("错误原因：") + m_drives.driveName(destination) + QStringLiteral("盘空间不足")
-        + kCrLf + kIndent + QStringLiteral("可用空间：") + megabytes(freeBytes) + QStringLiteral("MB") + kCrLf
-        + kIndent + QStringLiteral("文件大小：") + megabytes(double(sourceLength)) + QStringLiteral("MB"));
+    m_host.log(msg::lowSpaceEntry(source, m_drives.driveName(destination), freeBytes, sourceLength));
 }
 
 CopyOutcome CopySession::run(const QString& source, const QString& destination, bool merge)
@@ -171,8 +164,7 @@ bool CopySession::refuseSameFile(const QString& source, const QString& destinati
 {
     if (!isSameFile(source, destination))
         return false;
-    m_host.showBox(
-        notice(QStringLiteral("源文件和文件保存路径是同一个文件，不能覆盖。请重新选择文件保存路径。")));
+    m_host.showBox(msg::sameFileNotice());
     return true;
 }
 
@@ -192,7 +184,7 @@ CopyOutcome CopySession::startOver(const QString& source, const QString& destina
 CopyOutcome CopySession::startCopy(const QString& source, const QString& destination)
 {
     if (source.trimmed().isEmpty() || destination.trimmed().isEmpty()) {
-        m_host.showBox(notice(QStringLiteral("源文件路径与文件保存路径不能为空。")));
+        m_host.showBox(msg::emptyPathsNotice());
         return CopyOutcome::NotStarted;
     }
 
@@ -202,19 +194,13 @@ CopyOutcome CopySession::startCopy(const QString& source, const QString& destina
         m_state.sourceLength = sourceLength;
         const double free = m_drives.freeBytes(destination);
         if (free < 0) {
-            m_host.showBox(notice(QStringLiteral("无效的文件保存路径。"), QStringLiteral("Error")));
+            m_host.showBox(msg::invalidDestinationNotice());
             return CopyOutcome::NotStarted;
         }
         if (double(sourceLength) > free) {
             logLowSpace(source, destination, free, sourceLength);
-            // Mount points are case-sensitive on Linux: the drive is named as it is, not upper-cased.
-            const int answer = m_host.showBox(question(m_drives.driveName(destination)
-                + QStringLiteral("盘空间不足，请重新选择文件保存路径") + kCrLf + QStringLiteral("可用空间：")
-                + megabytes(free) + QStringLiteral("MB") + kCrLf + QStringLiteral("文件大小：")
-                + megabytes(double(sourceLength)) + QStringLiteral("MB") + kCrLf + kCrLf
-                + QStringLiteral("是[Y]：忽略，继续复制") + kCrLf
-                + QStringLiteral("否[N]：取消复制，重新选择文件保存路径")));
-            m_state.lastAnswer = answer;
+            const int answer
+                = m_host.showBox(msg::lowSpaceQuestion(m_drives.driveName(destination), free, sourceLength));
             if (answer != platform::kAnswerYes)
                 return CopyOutcome::NotStarted;
         }
@@ -237,10 +223,8 @@ CopyOutcome CopySession::existingDestination(const QString& source, QString dest
     for (;;) {
         ResumeRecord record;
         const bool hasRecord = m_resumeStore.load(destination, record);
-        m_state.lastAnswer = hasRecord ? 1 : 0;
         if (hasRecord) {
             const int answer = m_host.askContinueCopy(source, destination);
-            m_state.lastAnswer = answer;
             if (answer == 1)
                 return startOver(source, destination);
             if (answer != 2)
@@ -249,15 +233,13 @@ CopyOutcome CopySession::existingDestination(const QString& source, QString dest
             // of the source over the user's own bytes.
             applyContinuePositions(record, destination, m_files, m_state);
             m_state.elapsedSeconds = record.elapsedSeconds;
-            m_host.log(QStringLiteral("续拷文件：") + source + kCrLf + kIndent + QStringLiteral("到：")
-                + destination);
+            m_host.log(msg::continuedEntry(source, destination));
             enterCopyingState();
             return run(source, destination, record.merge);
         }
 
         QString newName;
         const int choice = m_host.askExistingFile(source, destination, newName);
-        m_state.lastAnswer = choice;
         IoResult io;
         switch (choice) {
         case 1:
@@ -314,18 +296,13 @@ CopyOutcome CopySession::resumeCopy(const QString& source, const QString& destin
     };
     if (free < 0) {
         // The destination was changed to a path with no drive: say so and stay paused.
-        m_host.showBox(notice(QStringLiteral("无效的文件保存路径。"), QStringLiteral("Error")));
+        m_host.showBox(msg::invalidDestinationNotice());
         return stayPaused();
     }
     if (double(sourceLength - m_state.position) > free) {
         logLowSpace(source, destination, free, sourceLength);
-        const int answer = m_host.showBox(question(m_drives.driveName(destination)
-            + QStringLiteral("盘空间不足，请重新选择文件保存路径，然后单击[继续]并继续复制") + kCrLf
-            + QStringLiteral("可用空间:") + megabytes(free) + QStringLiteral("MB") + kCrLf
-            + QStringLiteral("文件大小:") + megabytes(double(sourceLength)) + QStringLiteral("MB") + kCrLf
-            + kCrLf + QStringLiteral("是[Y]：忽略，继续复制") + kCrLf
-            + QStringLiteral("否[N]：取消复制，重新选择文件保存路径")));
-        m_state.lastAnswer = answer;
+        const int answer = m_host.showBox(
+            msg::lowSpaceOnResumeQuestion(m_drives.driveName(destination), free, sourceLength));
         if (answer != platform::kAnswerYes)
             return stayPaused();
         enterCopyingState();
@@ -340,10 +317,7 @@ CopyOutcome CopySession::resumeCopy(const QString& source, const QString& destin
         return run(source, destination, false);
     }
 
-    const int answer = m_host.showBox(question(destination + kCrLf
-        + QStringLiteral("该文件已经存在，是否覆盖或以追加方式继续复制？") + kCrLf
-        + QStringLiteral("是[Y]：覆盖该文件") + kCrLf + QStringLiteral("否[N]：以追加方式继续复制")));
-    m_state.lastAnswer = answer;
+    const int answer = m_host.showBox(msg::overwriteOrAppendQuestion(destination));
     if (answer == platform::kAnswerYes) {
         if (refuseSameFile(source, destination))
             return stayPaused(); // another destination can be chosen before continuing

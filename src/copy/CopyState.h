@@ -20,7 +20,6 @@ struct CopyState
     std::atomic<int> elapsedSeconds{0}; // counted by the one-second tick
     std::atomic<int> remainingSeconds{0};
     std::atomic<int> estimatedSeconds{0};
-    std::atomic<int> lastAnswer{0}; // answer code of the last question
     std::atomic<bool> stopRequested{false}; // the loop leaves at its next round (pause and cancel)
     std::atomic<bool> cancelRequested{false}; // leaving is a cancellation
     std::atomic<bool> copyRunning{false}; // not while paused or idle; exit is refused while true

@@ -236,11 +236,9 @@ TEST(FrmCopy, ExitIsRefusedSilentlyDuringACopyAndAskedOtherwise)
     EXPECT_EQ(box.title, "提醒！");
     EXPECT_EQ(box.icon, platform::BoxIcon::Exclamation);
     EXPECT_EQ(box.buttons, platform::BoxButtons::YesNo);
-    EXPECT_EQ(rig.frm.copyState().lastAnswer, platform::kAnswerNo);
     EXPECT_TRUE(rig.frm.isVisible());
 
     EXPECT_TRUE(rig.frm.close());
-    EXPECT_EQ(rig.frm.copyState().lastAnswer, platform::kAnswerYes);
 }
 
 // Quitting while a paused or cancelled copy still hangs in a read: the window closes at once, the record

@@ -1,4 +1,5 @@
 #include "copy/BatchCopier.h"
+#include "copy/CopyMessages.h"
 #include "fakes/FakeBatchHost.h"
 #include "fakes/MemoryFileLayer.h"
 #include "platform/Volumes.h"
@@ -202,11 +203,11 @@ TEST_F(BatchCopierTest, TheBatchEndsWithOneSyncBeforeRecordsGo)
 
 TEST_F(BatchCopierTest, TotalTextSwitchesUnitsAtItsThresholds)
 {
-    EXPECT_EQ(BatchCopier::totalText(10239), QStringLiteral("[ 总共：10,239 字节"));
-    EXPECT_EQ(BatchCopier::totalText(10240), QStringLiteral("[ 总共：10 KB"));
-    EXPECT_EQ(BatchCopier::totalText(1023999), QStringLiteral("[ 总共：999 KB"));
-    EXPECT_EQ(BatchCopier::totalText(1024000), QStringLiteral("[ 总共：0 MB"));
-    EXPECT_EQ(BatchCopier::totalText(5LL * 1024 * 1024 * 1024), QStringLiteral("[ 总共：5,120 MB"));
+    EXPECT_EQ(msg::batchTotal(10239), QStringLiteral("[ 总共：10,239 字节"));
+    EXPECT_EQ(msg::batchTotal(10240), QStringLiteral("[ 总共：10 KB"));
+    EXPECT_EQ(msg::batchTotal(1023999), QStringLiteral("[ 总共：999 KB"));
+    EXPECT_EQ(msg::batchTotal(1024000), QStringLiteral("[ 总共：0 MB"));
+    EXPECT_EQ(msg::batchTotal(5LL * 1024 * 1024 * 1024), QStringLiteral("[ 总共：5,120 MB"));
 }
 
 TEST_F(BatchCopierTest, KeepBothSkipsEqualLengthsAndCopiesOthersUnderANewName)
