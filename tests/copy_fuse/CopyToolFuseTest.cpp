@@ -189,8 +189,9 @@ TEST(FailingDestination, IsReportedKeptAndContinuedNeverSkipped)
         // so it may end well before the failure); the record points no further than that.
         const QByteArray partial = readFile(backing + QStringLiteral("/copy.dat"));
         EXPECT_EQ(partial, data.first(partial.size()));
-        if (QString::fromLatin1(row.mode) == QLatin1String("write"))
+        if (QString::fromLatin1(row.mode) == QLatin1String("write")) {
             EXPECT_LE(partial.size(), row.limit);
+        }
         const QJsonObject record = resumeRecord(destination);
         ASSERT_FALSE(record.isEmpty()) << "no resume record for " << destination.toStdString();
         const qint64 continueAt = record.value(QStringLiteral("continuePosition")).toInteger(-1);
