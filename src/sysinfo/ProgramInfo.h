@@ -8,6 +8,9 @@ namespace vindaro::sysinfo {
 
 inline const QString kProgramTitle = QStringLiteral("Vindaro");
 inline const QString kCompanyName = QStringLiteral("Vindaro 开发组");
+// The program's id on the desktop: the name of its desktop entry (without ".desktop") and of its
+// AppStream file, as installed from packaging/.
+inline const QString kAppId = QStringLiteral("org.vindaro.Vindaro");
 // The year of issue the about window shows.
 inline const QString kIssueYear = QStringLiteral("2003");
 
