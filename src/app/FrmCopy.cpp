@@ -24,6 +24,7 @@
 #include "files/ui/FileMenu.h"
 #include "info/ui/frmFileProperty.h"
 #include "sysinfo/SplashPage.h"
+#include "sysinfo/ui/ProgramIcon.h"
 #include "sysinfo/ui/frmSplash.h"
 
 #include <QCloseEvent>
@@ -129,7 +130,7 @@ FrmCopy::FrmCopy(const FrmCopyServices& services, QWidget* parent)
     song.setPointSizeF(font().pointSizeF());
     setFont(song);
     setWindowTitle(QStringLiteral("Vindaro"));
-    setWindowIcon(chrome::artworkIcon(chrome::ArtworkId::AppIcon));
+    setWindowIcon(sysinfo::ui::programIcon());
 
     // Notices of the file system ("drive not ready") come to this window's message boxes.
     m_fileSystem = std::make_unique<files::FileSystem>(m_services.volumes, m_services.shell, this);
