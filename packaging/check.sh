@@ -71,4 +71,14 @@ echo "== the .deb"
 deb=$(ls "$work"/deb/vindaro_*.deb)
 dpkg-deb --field "$deb" Package Version Depends Recommends
 lintian --fail-on error --tag-display-limit 0 "$deb"
+# Would apt install it on a bare system? The simulation starts from an empty list of installed packages.
+if compgen -G '/var/lib/apt/lists/*_Packages*' >/dev/null; then
+  : >"$work/no-packages"
+  apt-get install --simulate -o Dir::State::status="$work/no-packages" "$deb" >"$work/simulation" 2>&1 ||
+    fail "the .deb's dependencies do not resolve on a bare system: $(tail -5 "$work/simulation")"
+  grep -q '^Inst vindaro ' "$work/simulation" || fail "apt would not install the .deb: $(tail -5 "$work/simulation")"
+  echo "apt resolves its dependencies on a bare system ($(grep -c '^Inst ' "$work/simulation") packages)"
+else
+  echo "no apt package lists here: the dependency resolution is not checked"
+fi
 echo "packaging checks passed"
