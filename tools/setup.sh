@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # Sets up a Debian 12 machine for Vindaro, builds it, and then runs the program or the tests.
 #   tools/setup.sh run     install what is missing, build, start the program
-#   tools/setup.sh test    install what is missing, build, run the whole test suite, then build it again
-#                          with AddressSanitizer and UndefinedBehaviorSanitizer and run it once more
+#   tools/setup.sh test    install what is missing, build, run the whole test suite, check what a user
+#                          installs (packaging/check.sh: desktop entry, AppStream, manual pages, the .deb
+#                          under lintian), then build it again with AddressSanitizer and
+#                          UndefinedBehaviorSanitizer and run the suite once more
 # BUILD_DIR (default: build) and BUILD_TYPE (default: RelWithDebInfo) may be set; CI=true turns
 # warnings into errors and also checks that every source file is formatted.
 set -euo pipefail
@@ -15,7 +17,8 @@ build_type=${BUILD_TYPE:-RelWithDebInfo}
 packages=(cmake ninja-build g++ pkg-config clang-format git libfuse3-dev fuse3
   dbus-daemon qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev libqt6multimediawidgets6 qt6-tools-dev qt6-l10n-tools
   libgl1-mesa-dev libgtest-dev xvfb xauth fonts-wqy-microhei zip gstreamer1.0-tools
-  gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav)
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav
+  qt6-svg-dev qt6-translations-l10n desktop-file-utils appstream lintian dpkg-dev man-db bash-completion)
 
 missing=()
 for p in "${packages[@]}"; do
@@ -45,6 +48,7 @@ test)
     git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run -Werror
   fi
   ctest --test-dir "$build_dir" --output-on-failure -j2 --timeout 600
+  bash packaging/check.sh "$build_dir"
   # The same suite under the sanitizers: out-of-bounds reads and undefined behaviour fail it. Leak checks
   # are off because Qt's platform plugins keep allocations until exit.
   cmake -S . -B "$build_dir-asan" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DVINDARO_WERROR="$werror" \

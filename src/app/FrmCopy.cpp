@@ -23,7 +23,9 @@
 #include "files/ui/FileListDialogs.h"
 #include "files/ui/FileMenu.h"
 #include "info/ui/frmFileProperty.h"
-#include "sysinfo/OsVersionName.h"
+#include "sysinfo/SplashPage.h"
+#include "sysinfo/ui/ProgramIcon.h"
+#include "sysinfo/ui/frmSplash.h"
 
 #include <QCloseEvent>
 #include <QComboBox>
@@ -128,7 +130,7 @@ FrmCopy::FrmCopy(const FrmCopyServices& services, QWidget* parent)
     song.setPointSizeF(font().pointSizeF());
     setFont(song);
     setWindowTitle(QStringLiteral("Vindaro"));
-    setWindowIcon(chrome::artworkIcon(chrome::ArtworkId::AppIcon));
+    setWindowIcon(sysinfo::ui::programIcon());
 
     // Notices of the file system ("drive not ready") come to this window's message boxes.
     m_fileSystem = std::make_unique<files::FileSystem>(m_services.volumes, m_services.shell, this);
@@ -355,7 +357,7 @@ void FrmCopy::connectFileList()
     chrome::styleFileMenu(m_fileList->menu());
 
     connect(m_fileList, &files::FileListController::exitRequested, this, &QWidget::close);
-    connect(m_fileList, &files::FileListController::aboutRequested, this, &FrmCopy::showAboutBox);
+    connect(m_fileList, &files::FileListController::aboutRequested, this, &FrmCopy::showAboutWindow);
     connect(m_fileList, &files::FileListController::batchCopyRequested, this, &FrmCopy::runBatchCopy);
     connect(m_fileList, &files::FileListController::copyDisplaysReset, this, [this] {
         m_picProgressBar->clear();
@@ -422,20 +424,12 @@ void FrmCopy::optCDClick(bool open)
     });
 }
 
-void FrmCopy::showAboutBox()
+// The about window with the computer's facts, modal to this window and gone once closed.
+void FrmCopy::showAboutWindow()
 {
-    // A plain box until the program has its about window with the computer's facts.
-    chrome::ToolTipEntry note;
-    for (const chrome::ToolTipEntry& entry : chrome::mainWindowToolTips()) {
-        if (entry.control == QLatin1String("picVTitleBar"))
-            note = entry;
-    }
-    platform::MessageBox box;
-    box.title = note.title;
-    box.text = note.text() + QStringLiteral("\r\n\r\n") + sysinfo::GetOSVersionName();
-    box.icon = platform::BoxIcon::Information;
-    box.buttons = platform::BoxButtons::Ok;
-    m_services.boxes.present(box, this);
+    auto* about = new sysinfo::ui::frmSplash(sysinfo::gatherSplashFacts(), {}, this);
+    about->setAttribute(Qt::WA_DeleteOnClose);
+    about->open();
 }
 
 // The whole list is copied into one folder by the batch window. It is a window of its own, not a child,

@@ -182,7 +182,7 @@ private:
     void sldReadBlocksChange(int value);
     void sldSkipBlocksChange(int value);
     void optCDClick(bool open);
-    void showAboutBox();
+    void showAboutWindow();
     void runBatchCopy();
 
     int currentSecond() const;

@@ -1,17 +1,24 @@
-// The program starts with its main copy window.
+// The program starts with its main copy window. Files named on the command line (as the desktop's
+// "open with" passes them) join the file list.
 #include "BoxPresenter.h"
 #include "CopyChoices.h"
 #include "FrmCopy.h"
 #include "OperationLogModel.h"
+#include "QtTranslations.h"
 #include "copy/FileResumeStore.h"
 #include "copy/VolumeDriveFacts.h"
 #include "drives/CDRomDriveControl.h"
 #include "drives/TrayJob.h"
+#include "files/FileListModel.h"
+#include "files/ui/FileListController.h"
 #include "platform/linux/LinuxVolumes.h"
 #include "platform/linux/LocalFileLayer.h"
 #include "platform/linux/ui/LinuxShell.h"
+#include "sysinfo/ProgramInfo.h"
+#include "sysinfo/ui/ProgramIcon.h"
 
 #include <QApplication>
+#include <QFileInfo>
 
 #include <memory>
 
@@ -19,6 +26,10 @@ int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Vindaro"));
+    QApplication::setApplicationVersion(vindaro::sysinfo::programVersionText());
+    QGuiApplication::setDesktopFileName(vindaro::sysinfo::kAppId);
+    QApplication::setWindowIcon(vindaro::sysinfo::ui::programIcon());
+    vindaro::app::installQtTranslations(app);
     vindaro::app::installFontSubstitutions();
 
     vindaro::platform::LocalFileLayer files;
@@ -37,6 +48,11 @@ int main(int argc, char** argv)
         files, resumeStore, drives, boxes, choices, log, volumes, shell, opticalDrives};
     vindaro::app::FrmCopy window(services);
     window.show();
+    QStringList startFiles;
+    for (const QString& argument : QApplication::arguments().mid(1))
+        startFiles << QFileInfo(argument).absoluteFilePath();
+    if (!startFiles.isEmpty())
+        window.fileList().model().AddDroppedFiles(startFiles);
     // Asking the drives can take seconds on a damaged disc: the window is usable meanwhile.
     auto report = std::make_shared<QString>();
     vindaro::drives::runTrayJob(

@@ -79,7 +79,10 @@ void TrayController::ensureIcon()
     });
     exit->setObjectName(QStringLiteral("trayExitAction"));
 
-    m_icon = new QSystemTrayIcon(artworkIcon(ArtworkId::AppIcon), this);
+    // The window's own icon (the installed one where the program is installed), else the artwork.
+    const QIcon icon = m_window && !m_window->windowIcon().isNull() ? m_window->windowIcon()
+                                                                    : artworkIcon(ArtworkId::AppIcon);
+    m_icon = new QSystemTrayIcon(icon, this);
     m_icon->setObjectName(QStringLiteral("trayIcon"));
     m_icon->setToolTip(kTipText);
     m_icon->setContextMenu(m_menu);

@@ -5,6 +5,7 @@
 #include "pe/PeImage.h"
 #include "pe/VersionInfo.h"
 #include "resources/ResourceTexts.h"
+#include "sysinfo/ProgramInfo.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -41,6 +42,7 @@ void printHelp()
                        "  EXE、DLL  资源树（类型、名称、字节数）和版本信息\n"
                        "选项：\n"
                        "  -h, --help  显示此帮助\n"
+                       "  --version   显示版本号\n"
                        "任一文件无法读取时，退出码为 1。\n"));
 }
 
@@ -147,6 +149,9 @@ int main(int argc, char** argv)
             onlyFiles = true;
         } else if (!onlyFiles && (argument == QLatin1String("-h") || argument == QLatin1String("--help"))) {
             printHelp();
+            return 0;
+        } else if (!onlyFiles && argument == QLatin1String("--version")) {
+            write(stdout, vindaro::sysinfo::versionLine(QStringLiteral("vindaro-info")) + QLatin1Char('\n'));
             return 0;
         } else if (!onlyFiles && argument.startsWith(QLatin1Char('-')) && argument.size() > 1) {
             write(

@@ -83,11 +83,9 @@ QString GetOSVersionName(const std::optional<OsVersion>& version)
     return version ? GetOSVersionName(*version) : kVersionErrorName;
 }
 
-QString osReleasePrettyName(const QString& osReleaseText)
+QHash<QString, QString> osReleaseValues(const QString& osReleaseText)
 {
-    QString pretty;
-    QString name;
-    QString versionText;
+    QHash<QString, QString> values;
     const QStringList lines = osReleaseText.split(u'\n');
     for (const QString& rawLine : lines) {
         const QStringView line = QStringView(rawLine).trimmed();
@@ -96,29 +94,39 @@ QString osReleasePrettyName(const QString& osReleaseText)
         const qsizetype eq = line.indexOf(u'=');
         if (eq <= 0)
             continue;
-        const QStringView key = line.first(eq);
-        const QString value = unquote(line.sliced(eq + 1));
-        if (key == u"PRETTY_NAME")
-            pretty = value;
-        else if (key == u"NAME")
-            name = value;
-        else if (key == u"VERSION")
-            versionText = value;
+        values.insert(line.first(eq).toString(), unquote(line.sliced(eq + 1)));
     }
+    return values;
+}
+
+QString osReleasePrettyName(const QString& osReleaseText)
+{
+    const QHash<QString, QString> values = osReleaseValues(osReleaseText);
+    const QString pretty = values.value(QStringLiteral("PRETTY_NAME"));
     if (!pretty.isEmpty())
         return pretty;
+    const QString name = values.value(QStringLiteral("NAME"));
     if (name.isEmpty())
         return {};
+    const QString versionText = values.value(QStringLiteral("VERSION"));
     return versionText.isEmpty() ? name : name + u' ' + versionText;
+}
+
+QString readOsRelease()
+{
+    for (const char* path : {"/etc/os-release", "/usr/lib/os-release"}) {
+        const QString text = readSmallFile(QString::fromLatin1(path));
+        if (!text.isEmpty())
+            return text;
+    }
+    return {};
 }
 
 QString GetOSVersionName()
 {
-    for (const char* path : {"/etc/os-release", "/usr/lib/os-release"}) {
-        const QString name = osReleasePrettyName(readSmallFile(QString::fromLatin1(path)));
-        if (!name.isEmpty() && name != kWindowsXpName)
-            return name;
-    }
+    const QString name = osReleasePrettyName(readOsRelease());
+    if (!name.isEmpty() && name != kWindowsXpName)
+        return name;
     struct utsname uts;
     if (::uname(&uts) == 0)
         return QString::fromUtf8(uts.sysname) + u' ' + QString::fromUtf8(uts.release);

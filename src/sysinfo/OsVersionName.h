@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 
 #include <optional>
@@ -26,6 +27,13 @@ inline const QString kVersionErrorName = QStringLiteral("Get Operating System Ve
 QString GetOSVersionName(const OsVersion& version);
 // As above; no version (the platform refused to report one) gives kVersionErrorName.
 QString GetOSVersionName(const std::optional<OsVersion>& version);
+
+// Every KEY=value line of an os-release file's text, values unquoted and unescaped; comments and lines
+// without "=" are skipped, and a later line wins over an earlier one with the same key.
+QHash<QString, QString> osReleaseValues(const QString& osReleaseText);
+
+// The text of /etc/os-release, else of /usr/lib/os-release; "" when neither can be read.
+QString readOsRelease();
 
 // The PRETTY_NAME of an os-release file's text ("Debian GNU/Linux 12 (bookworm)"), unquoted and
 // unescaped; NAME plus VERSION when PRETTY_NAME is missing; "" when neither is there.

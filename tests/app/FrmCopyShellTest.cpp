@@ -10,13 +10,15 @@
 #include "files/ui/FileListCombo.h"
 #include "files/ui/FileMenu.h"
 #include "info/ui/frmFileProperty.h"
-#include "sysinfo/OsVersionName.h"
+#include "sysinfo/ui/frmSplash.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QMenu>
 #include <QMimeData>
+#include <QPointer>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QStatusBar>
 #include <QTemporaryDir>
@@ -336,19 +338,23 @@ TEST(FrmCopyShell, EveryTipOfTheTableIsAttached)
     EXPECT_EQ(rig.text("txtFileCopy")->toolTip(), kDestination); // its own tip: the whole path
 }
 
-TEST(FrmCopyShell, FileMenuExitAsksAndAboutShowsTheProgramNote)
+TEST(FrmCopyShell, FileMenuExitAsksAndAboutOpensTheAboutWindow)
 {
     Rig rig;
     triggerMenuEntry(rig, "mnuAboutMe");
-    ASSERT_EQ(rig.boxes.shown.size(), 1);
-    EXPECT_EQ(rig.boxes.shown[0].title, "关于 Vindaro 2.0");
-    EXPECT_TRUE(rig.boxes.shown[0].text.startsWith("Vindaro 2.0："));
-    EXPECT_TRUE(rig.boxes.shown[0].text.endsWith(sysinfo::GetOSVersionName()));
+    auto* about = rig.frm.findChild<sysinfo::ui::frmSplash*>();
+    ASSERT_NE(about, nullptr);
+    EXPECT_TRUE(about->isVisible());
+    EXPECT_TRUE(about->isModal());
+    EXPECT_TRUE(rig.boxes.shown.isEmpty());
+    QPointer<sysinfo::ui::frmSplash> closed(about);
+    about->cmdOK->click();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return closed.isNull(); }, kWaitMs)); // deleted once closed
 
     rig.boxes.answers = {platform::kAnswerYes};
     triggerMenuEntry(rig, "mnuExit");
-    ASSERT_EQ(rig.boxes.shown.size(), 2);
-    EXPECT_EQ(rig.boxes.shown[1].text, "真的要退出Vindaro吗？");
+    ASSERT_EQ(rig.boxes.shown.size(), 1);
+    EXPECT_EQ(rig.boxes.shown[0].text, "真的要退出Vindaro吗？");
     EXPECT_FALSE(rig.frm.isVisible());
 }
 

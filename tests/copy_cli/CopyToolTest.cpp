@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -205,6 +206,12 @@ TEST_F(CopyToolTest, InterruptKeepsAResumablePartialFile)
 TEST_F(CopyToolTest, UsageErrorsAndFailuresHaveTheirOwnStatus)
 {
     EXPECT_EQ(run(QStringLiteral(VINDARO_COPY_TOOL), {QStringLiteral("--help")}).exitCode, 0);
+    const ToolRun version = run(QStringLiteral(VINDARO_COPY_TOOL), {QStringLiteral("--version")});
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_TRUE(QRegularExpression(QStringLiteral("^vindaro-copy \\d+\\.\\d+\\.\\d+\n$"))
+                    .match(version.out)
+                    .hasMatch())
+        << version.out.toStdString();
     EXPECT_EQ(run(QStringLiteral(VINDARO_COPY_TOOL), {path("only-one")}).exitCode, 64);
     EXPECT_EQ(run(QStringLiteral(VINDARO_COPY_TOOL),
                   {QStringLiteral("-r"), QStringLiteral("101"), path("a"), path("b")})

@@ -1,6 +1,7 @@
 // The command-line tool, run as a user would: one good file of each kind and a missing one.
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -57,6 +58,14 @@ TEST(InfoTool, PrintsSummariesAndFailsForMissingFiles)
     ASSERT_TRUE(help.waitForFinished(30000));
     EXPECT_EQ(help.exitCode(), 0);
     EXPECT_TRUE(QString::fromUtf8(help.readAllStandardOutput()).startsWith(QStringLiteral("用法：")));
+
+    QProcess version;
+    version.start(QStringLiteral(VINDARO_INFO_TOOL), {QStringLiteral("--version")});
+    ASSERT_TRUE(version.waitForFinished(30000));
+    EXPECT_EQ(version.exitCode(), 0);
+    EXPECT_TRUE(QRegularExpression(QStringLiteral("^vindaro-info \\d+\\.\\d+\\.\\d+\n$"))
+                    .match(QString::fromUtf8(version.readAllStandardOutput()))
+                    .hasMatch());
 
     QProcess good;
     good.start(QStringLiteral(VINDARO_INFO_TOOL), {zip});

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 using namespace vindaro::sysinfo;
 
 namespace {
@@ -11,6 +13,11 @@ struct NameCase
     OsVersion version;
     const char* name;
 };
+
+void PrintTo(const NameCase& c, std::ostream* os)
+{
+    *os << c.version.platformId << '.' << c.version.majorVersion << '.' << c.version.minorVersion;
+}
 
 class OsVersionNameTable : public ::testing::TestWithParam<NameCase>
 {

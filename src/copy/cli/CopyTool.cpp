@@ -6,6 +6,7 @@
 #include "copy/FileResumeStore.h"
 #include "copy/VolumeDriveFacts.h"
 #include "platform/linux/LinuxVolumes.h"
+#include "sysinfo/ProgramInfo.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -56,6 +57,7 @@ const char* const kHelp = R"(用法：vindaro-copy [选项] 源文件 目标文�
   -y, --ignore-space     目标磁盘空间不足时仍然继续复制
   -q, --quiet            不显示进度行
   -h, --help             显示本说明
+      --version          显示版本号
 
 输出：日志条目（“文件跳过：”等）写到标准输出；进度行（已复制、已用时间、剩余时间、估计消耗、
 存取速度）写到标准错误。按 Ctrl-C 取消复制：已复制的部分保留，并保存续拷记录，
@@ -194,6 +196,9 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files)
         QString v;
         if (a == QLatin1String("-h") || a == QLatin1String("--help")) {
             out << QString::fromUtf8(kHelp);
+            return kExitFinished;
+        } else if (a == QLatin1String("--version")) {
+            out << sysinfo::versionLine(QStringLiteral("vindaro-copy")) << '\n';
             return kExitFinished;
         } else if (a == QLatin1String("-r") || a == QLatin1String("--read-blocks")) {
             if (!value(v) || !parseNumber(v, 1, 100, readBlocks)) {
