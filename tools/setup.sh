@@ -15,7 +15,8 @@ build_type=${BUILD_TYPE:-RelWithDebInfo}
 packages=(cmake ninja-build g++ pkg-config clang-format git libfuse3-dev fuse3
   dbus-daemon qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev libqt6multimediawidgets6 qt6-tools-dev qt6-l10n-tools
   libgl1-mesa-dev libgtest-dev xvfb xauth fonts-wqy-microhei zip gstreamer1.0-tools
-  gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav)
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav
+  libcdio-dev libiso9660-dev libcdio-utils vcdimager ffmpeg)
 
 missing=()
 for p in "${packages[@]}"; do
