@@ -119,4 +119,12 @@ MountedDiscFiles::Lookup MountedDiscFiles::lookup(platform::Volumes& volumes, co
     return result;
 }
 
+std::optional<qint64> form2Length(platform::Volumes& volumes, const QString& path)
+{
+    const MountedDiscFiles::Lookup found = MountedDiscFiles::shared().lookup(volumes, path);
+    if (found.kind != MountedDiscFiles::Kind::Form2)
+        return std::nullopt;
+    return found.entry.length();
+}
+
 } // namespace vindaro::disc

@@ -7,6 +7,8 @@
 #include <QMutex>
 #include <QString>
 
+#include <optional>
+
 namespace vindaro::disc {
 
 // Which files of mounted ISO 9660 discs are Form 2, from each disc's own directory. The kernel's view of
@@ -41,5 +43,9 @@ private:
     QMutex m_mutex;
     QHash<QString, Lookup> m_known; // by device, disc identity and path on the disc
 };
+
+// What a copy of `path` holds when it is a Form 2 file on a mounted disc (sectors × 2,324 bytes, where the
+// kernel counts 2,048 a sector); nothing for any other file.
+std::optional<qint64> form2Length(platform::Volumes& volumes, const QString& path);
 
 } // namespace vindaro::disc

@@ -3,8 +3,10 @@
 // bytes, and the file layer's choice between the disc and the mounted file system.
 #include "disc/Disc.h"
 #include "disc/DiscFileLayer.h"
+#include "fakes/FakeShell.h"
 #include "fakes/FakeVolumes.h"
 #include "fakes/VcdImage.h"
+#include "files/FileSystem.h"
 #include "platform/linux/LocalFileLayer.h"
 
 #include <QDir>
@@ -226,6 +228,12 @@ TEST_F(DiscImage, MountedDiscsAreReadThroughTheDiscForForm2Files)
     auto file = layer.openForReading(track, io);
     ASSERT_TRUE(file);
     EXPECT_TRUE(readWhole(*file, entry.length(), 65536) == s_image->payloadOf(entry.lsn, entry.sectors));
+
+    // The file list and the property window show what the copy will hold.
+    vindaro::testing::FakeShell shell;
+    const files::FileSystem fs(volumes, shell);
+    EXPECT_EQ(fs.GetFileSize(track), entry.length());
+    EXPECT_EQ(fs.GetFileSize(mount + QStringLiteral("/readme.txt")), localNotes.size());
 
     // Form 1 and files the disc does not know keep the mounted file system's bytes.
     for (const auto& [name, bytes] : {std::pair{QStringLiteral("/readme.txt"), localNotes},
