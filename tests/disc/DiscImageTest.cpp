@@ -147,6 +147,34 @@ TEST_F(DiscImage, AForm1FileGivesItsRecordedBytes)
     EXPECT_EQ(file->writeAt(0, "x", 1).error, EBADF);
 }
 
+TEST_F(DiscImage, AnIsoImageHoldsOnly2048ByteSectors)
+{
+    // The first track's user data as an ISO image: its directory still names the Form 2 track, which lies
+    // past the image's end.
+    const disc::DiscEntry entry = track(s_image->cue);
+    QByteArray iso;
+    for (qint64 lsn = 0; lsn < entry.lsn; ++lsn)
+        iso += s_image->rawSector(lsn).mid(24, 2048);
+    const QString path = scratch.filePath(QStringLiteral("track1.iso"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(iso) == iso.size());
+    file.close();
+
+    platform::IoResult io;
+    auto notes = layer.openForReading(path + QStringLiteral(":/README.TXT"), io);
+    ASSERT_TRUE(notes) << io.description.toStdString();
+    EXPECT_TRUE(readWhole(*notes, s_image->notes.size(), 4096) == s_image->notes);
+
+    const QString trackName = path + QStringLiteral(":/MPEGAV/AVSEQ01.DAT");
+    EXPECT_EQ(layer.length(trackName, io), entry.recordedBytes);
+    auto past = layer.openForReading(trackName, io);
+    ASSERT_TRUE(past);
+    QByteArray block(4096, '\0');
+    EXPECT_EQ(past->readAt(0, block.data(), block.size()).error, EIO);
+    ASSERT_EQ(log.size(), 1);
+    EXPECT_TRUE(log[0].contains(QStringLiteral("超出光盘末尾"))) << log[0].toStdString();
+}
+
 TEST_F(DiscImage, DamagedSectorsFailByTheirEdcAndAreLogged)
 {
     const VcdImage image = copyOfImage();
