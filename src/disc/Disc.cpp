@@ -46,7 +46,6 @@ void quietLibrary()
     std::call_once(once, [] { cdio_log_set_handler(libraryMessage); });
 }
 
-constexpr qint64 kMaxSectorsPerCommand = 32;
 constexpr char kPoison = '\xA5'; // fills a buffer before a library read: a sector left so was never read
 
 QString systemText(int error)
@@ -517,21 +516,13 @@ SectorRead Disc::readSectors(qint64 lsn, qint64 count, char* out, bool mode2)
     return result;
 }
 
-SectorRead Disc::readDriveSectors(qint64 lsn, qint64 count, char* out, bool mode2)
+SectorRead readThroughDrive(qint64 lsn, qint64 count, qint64 blockBytes, char* out,
+    const DriveCommand& readCd, const std::function<SenseData()>& lastSense, qint64& endLsn)
 {
-    // READ CD of any sector type. For Mode 2 with the sub-header, the user data and the EDC/ECC field:
-    // 8 + 2,324 + 4 bytes of a Form 2 sector, 8 + 2,048 + 280 of a Form 1 one; for data the 2,048 bytes of
-    // user data alone. A sector of another kind does not fit the block size and fails.
-    const uint16_t blockBytes = mode2 ? uint16_t(kMode2SectorBytes) : uint16_t(kDataSectorBytes);
-    const auto readCd = [&](qint64 at, qint64 n, char* to) {
-        return mmc_read_cd(m->cdio, to, lsn_t(at), CDIO_MMC_READ_TYPE_ANY, false, false,
-            mode2 ? uint8_t(2) : uint8_t(0), true, mode2, 0, 0, blockBytes, uint32_t(n));
-    };
-    SectorRead result;
     qint64 done = 0;
     while (done < count) {
         const qint64 n = std::min(kMaxSectorsPerCommand, count - done);
-        if (readCd(lsn + done, n, out + done * blockBytes) == DRIVER_OP_SUCCESS) {
+        if (readCd(lsn + done, n, out + done * blockBytes)) {
             done += n;
             continue;
         }
@@ -539,28 +530,44 @@ SectorRead Disc::readDriveSectors(qint64 lsn, qint64 count, char* out, bool mode
         for (qint64 i = 0; i < n; ++i) {
             const qint64 at = lsn + done;
             for (int attempt = 0;; ++attempt) {
-                if (readCd(at, 1, out + done * blockBytes) == DRIVER_OP_SUCCESS)
+                if (readCd(at, 1, out + done * blockBytes))
                     break;
-                cdio_mmc_request_sense_t* raw = nullptr;
-                const int length = mmc_last_cmd_sense(m->cdio, &raw);
-                const SenseData sense = raw && length > 0
-                    ? parseSense(reinterpret_cast<const quint8*>(raw), length)
-                    : SenseData{};
-                cdio_free(raw);
+                const SenseData sense = lastSense();
                 const ReadVerdict verdict = readVerdict(sense);
                 if (verdict.error == 0)
                     break; // corrected by the drive: the data is there, its EDC decides
                 if (attempt < verdict.retries)
                     continue;
                 if (verdict.failure == ReadFailure::OutOfRange)
-                    m_endLsn = std::min(m_endLsn, at); // nothing after it reads either
+                    endLsn = std::min(endLsn, at); // nothing after it reads either
                 return SectorRead{done, verdict.error, senseText(sense)};
             }
             ++done;
         }
     }
-    result.sectors = done;
-    return result;
+    return SectorRead{done, 0, {}};
+}
+
+SectorRead Disc::readDriveSectors(qint64 lsn, qint64 count, char* out, bool mode2)
+{
+    // READ CD of any sector type. For Mode 2 with the sub-header, the user data and the EDC/ECC field:
+    // 8 + 2,324 + 4 bytes of a Form 2 sector, 8 + 2,048 + 280 of a Form 1 one; for data the 2,048 bytes of
+    // user data alone. A sector of another kind does not fit the block size and fails.
+    const uint16_t blockBytes = mode2 ? uint16_t(kMode2SectorBytes) : uint16_t(kDataSectorBytes);
+    const DriveCommand readCd = [&](qint64 at, qint64 n, char* to) {
+        return mmc_read_cd(m->cdio, to, lsn_t(at), CDIO_MMC_READ_TYPE_ANY, false, false,
+                   mode2 ? uint8_t(2) : uint8_t(0), true, mode2, 0, 0, blockBytes, uint32_t(n))
+            == DRIVER_OP_SUCCESS;
+    };
+    const auto lastSense = [&] {
+        cdio_mmc_request_sense_t* raw = nullptr;
+        const int length = mmc_last_cmd_sense(m->cdio, &raw);
+        const SenseData sense
+            = raw && length > 0 ? parseSense(reinterpret_cast<const quint8*>(raw), length) : SenseData{};
+        cdio_free(raw);
+        return sense;
+    };
+    return readThroughDrive(lsn, count, blockBytes, out, readCd, lastSense, m_endLsn);
 }
 
 SectorRead Disc::readImageSectors(qint64 lsn, qint64 count, char* out, bool mode2)

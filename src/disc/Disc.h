@@ -1,10 +1,12 @@
 #pragma once
 
 #include "DiscSource.h"
+#include "SenseDecision.h"
 
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -54,6 +56,17 @@ struct SectorRead
     int error = 0; // 0: all that were asked for
     QString reason; // the program's words for the failure, for the log
 };
+
+// One READ CD of `count` sectors from `lsn` into `out`; true when the drive answered success.
+using DriveCommand = std::function<bool(qint64 lsn, qint64 count, char* out)>;
+constexpr qint64 kMaxSectorsPerCommand = 32;
+
+// How a drive's sectors are read: READ CD for up to 32 sectors at a time; once one fails, sector by sector
+// from there, each failure judged by the drive's sense data (`lastSense`) and asked again only where the
+// cause passes, up to the first sector that stays unreadable. An out-of-range answer lowers `endLsn`: no
+// later read goes there. Nothing else is ever tried: no other read method, no slower speed.
+SectorRead readThroughDrive(qint64 lsn, qint64 count, qint64 blockBytes, char* out,
+    const DriveCommand& readCd, const std::function<SenseData()>& lastSense, qint64& endLsn);
 
 // One opened disc: a drive, a BIN/CUE, NRG, cdrdao or ISO image. Not for two threads at once.
 //

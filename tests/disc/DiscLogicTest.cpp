@@ -1,5 +1,6 @@
 // The disc layer's decisions without a disc: the EDC check of Mode 2 and raw sectors, the sense-data table
 // that judges a failed READ CD, and how "DEVICE_OR_IMAGE:/PATH" names are split.
+#include "disc/Disc.h"
 #include "disc/DiscSource.h"
 #include "disc/Sectors.h"
 #include "disc/SenseDecision.h"
@@ -10,6 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QHash>
+
+#include <algorithm>
 #include <cerrno>
 
 namespace {
@@ -142,6 +146,100 @@ TEST(SenseData, DescriptorFormatAndMissingSense)
     EXPECT_EQ(readVerdict(SenseData{}).error, EIO);
     EXPECT_EQ(readVerdict(SenseData{}).retries, 0);
 }
+
+// A drive that fails chosen sectors with chosen sense data, a number of times or for good, and counts the
+// commands it is given. A good sector's block holds its LSN's low byte.
+struct ScriptedDrive
+{
+    struct Bad
+    {
+        SenseRow sense;
+        int failures; // -1: for good
+    };
+    QHash<qint64, Bad> bad;
+    int commands = 0;
+    SenseData last;
+
+    bool read(qint64 lsn, qint64 count, char* out)
+    {
+        ++commands;
+        for (qint64 at = lsn; at < lsn + count; ++at) {
+            const auto it = bad.find(at);
+            if (it != bad.end() && it->failures != 0) {
+                if (count == 1 && it->failures > 0)
+                    --it->failures;
+                last = SenseData{true, it->sense.key, it->sense.asc, it->sense.ascq};
+                if (last.key == 0x1)
+                    fill(lsn, count, out); // a recovered error comes with its data
+                return false;
+            }
+        }
+        fill(lsn, count, out);
+        return true;
+    }
+    static void fill(qint64 lsn, qint64 count, char* out)
+    {
+        for (qint64 at = lsn; at < lsn + count; ++at)
+            std::fill(out + (at - lsn) * 4, out + (at - lsn + 1) * 4, char(at & 0xFF));
+    }
+};
+
+struct DriveRow
+{
+    const char* what;
+    qint64 badSector; // -1: none
+    SenseRow sense;
+    int failures;
+    qint64 count;
+    qint64 sectors; // read whole
+    int error;
+    int commands;
+    qint64 endLsn; // after the read
+};
+
+class DriveReads : public ::testing::TestWithParam<DriveRow>
+{
+};
+
+TEST_P(DriveReads, FollowTheVerdicts)
+{
+    const DriveRow& row = GetParam();
+    constexpr qint64 kFirst = 1000;
+    ScriptedDrive drive;
+    if (row.badSector >= 0)
+        drive.bad.insert(kFirst + row.badSector, ScriptedDrive::Bad{row.sense, row.failures});
+    QByteArray out(row.count * 4, '\0');
+    qint64 endLsn = kFirst + 5000;
+    const SectorRead read = readThroughDrive(
+        kFirst, row.count, 4, out.data(),
+        [&](qint64 lsn, qint64 count, char* to) { return drive.read(lsn, count, to); },
+        [&] { return drive.last; }, endLsn);
+    EXPECT_EQ(read.sectors, row.sectors);
+    EXPECT_EQ(read.error, row.error);
+    EXPECT_EQ(drive.commands, row.commands);
+    EXPECT_EQ(endLsn, row.endLsn < 0 ? kFirst + 5000 : kFirst + row.endLsn);
+    for (qint64 s = 0; s < read.sectors; ++s)
+        EXPECT_EQ(out[s * 4 + 3], char((kFirst + s) & 0xFF)) << "sector " << s;
+}
+
+INSTANTIATE_TEST_SUITE_P(Drives, DriveReads,
+    ::testing::Values(
+        // 40 sectors in two commands of 32 and 8.
+        DriveRow{"clean", -1, {}, 0, 40, 40, 0, 2, -1},
+        // The command of 10 fails, then one by one: 5 good, the bad one once (the drive has retried).
+        DriveRow{"medium error", 5, {0x3, 0x11, 0x05, {}, 0, 0}, -1, 10, 5, EIO, 7, -1},
+        DriveRow{"illegal mode", 0, {0x5, 0x64, 0x00, {}, 0, 0}, -1, 10, 0, EIO, 2, -1},
+        // Becoming ready: asked again twice, then read; the rest one by one.
+        DriveRow{"passing", 5, {0x2, 0x04, 0x01, {}, 0, 0}, 2, 10, 10, 0, 13, -1},
+        DriveRow{"not passing", 5, {0x2, 0x04, 0x01, {}, 0, 0}, -1, 10, 5, EIO, 9, -1},
+        DriveRow{"past the end", 7, {0x5, 0x21, 0x00, {}, 0, 0}, -1, 10, 7, EIO, 9, 7},
+        DriveRow{"corrected", 3, {0x1, 0x18, 0x00, {}, 0, 0}, -1, 10, 10, 0, 11, -1},
+        DriveRow{"no disc", 0, {0x2, 0x3A, 0x00, {}, 0, 0}, -1, 10, 0, ENOMEDIUM, 2, -1}),
+    [](const ::testing::TestParamInfo<DriveRow>& row) {
+        std::string name = row.param.what;
+        std::replace(name.begin(), name.end(), ' ', '_');
+        return name;
+    });
 
 TEST(DiscFileNames, SplitAtTheFirstDiscThatExists)
 {
