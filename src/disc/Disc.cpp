@@ -135,7 +135,8 @@ DiscFailure driveStatusFailure(const QString& device)
 
 QString nameWithoutVersion(const char* raw)
 {
-    QString name = QString::fromLatin1(raw);
+    QString name
+        = QString::fromUtf8(raw); // ISO 9660 names are ASCII; libcdio hands Joliet names over as UTF-8
     const qsizetype semicolon = name.lastIndexOf(QLatin1Char(';'));
     if (semicolon > 0)
         name.truncate(semicolon);
