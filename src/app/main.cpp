@@ -7,6 +7,7 @@
 #include "QtTranslations.h"
 #include "copy/FileResumeStore.h"
 #include "copy/VolumeDriveFacts.h"
+#include "disc/DiscFileLayer.h"
 #include "drives/CDRomDriveControl.h"
 #include "drives/TrayJob.h"
 #include "files/FileListModel.h"
@@ -32,14 +33,22 @@ int main(int argc, char** argv)
     vindaro::app::installQtTranslations(app);
     vindaro::app::installFontSubstitutions();
 
-    vindaro::platform::LocalFileLayer files;
+    vindaro::platform::LocalFileLayer localFiles;
     vindaro::platform::LinuxVolumes volumes;
+    // Video CD tracks are read through the disc's own sectors; everything else through the file system.
+    vindaro::disc::DiscFileLayer files(localFiles, volumes);
     vindaro::platform::LinuxShell shell;
     vindaro::copy::FileResumeStore resumeStore;
     vindaro::copy::VolumeDriveFacts drives(volumes);
     vindaro::app::MessageBoxPresenter boxes;
     vindaro::app::DialogCopyChoices choices(&resumeStore);
     vindaro::app::OperationLogModel log;
+    // Unreadable sectors and discs that cannot be opened go to the operation log; the copy's worker thread
+    // tells them.
+    files.setLog([&log](const QString& entry) {
+        QMetaObject::invokeMethod(
+            &log, [&log, entry] { log.add(entry); }, Qt::QueuedConnection);
+    });
 
     const auto opticalDrives = vindaro::drives::makeSystemOpticalDrives();
 

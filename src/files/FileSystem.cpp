@@ -1,6 +1,7 @@
 #include "FileSystem.h"
 
 #include "FileTexts.h"
+#include "disc/MountedDiscFiles.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -283,6 +284,9 @@ qint64 FileSystem::GetFileSize(const QString& path) const
     struct stat st;
     if (path.isEmpty() || ::stat(nativePath(path).constData(), &st) != 0 || !S_ISREG(st.st_mode))
         return 0;
+    // A Video CD track on a mounted disc: the kernel counts 2,048 bytes a sector, its copy holds 2,324.
+    if (const std::optional<qint64> form2 = disc::form2Length(m_volumes, path))
+        return *form2;
     return static_cast<qint64>(st.st_size);
 }
 

@@ -70,7 +70,8 @@ public:
     // Creates a new empty file "<prefix><unique>.tmp" in `folder` and answers its path ("" on failure).
     // With an empty folder: in GetTempPath(), named after the executable, whatever `prefix` says.
     QString GetTempFileName(const QString& folder, const QString& prefix) const;
-    // Length in bytes of a file (links followed); 0 for a folder or a path that cannot be examined.
+    // Length in bytes of a file (links followed); 0 for a folder or a path that cannot be examined. A Video
+    // CD track on a mounted disc counts what its copy holds: 2,324 bytes a sector.
     qint64 GetFileSize(const QString& path) const;
     qint64 GetFileSizeA(const QString& path) const;
     // See attributeWord() for how Linux facts become the word; -1 for a missing path.

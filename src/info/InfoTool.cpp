@@ -1,9 +1,12 @@
-// vindaro-info FILE...: prints the summary the property window shows for MP3, SWF and ZIP files, and
-// the resource tree and version text of EXE and DLL modules.
+// vindaro-info FILE...: prints the summary the property window shows for MP3, SWF and ZIP files, the
+// resource tree and version text of EXE and DLL modules, and the tracks and files of a disc.
 #include "InfoText.h"
 #include "ZipInformation.h"
+#include "disc/Disc.h"
+#include "files/Format.h"
 #include "pe/PeImage.h"
 #include "pe/VersionInfo.h"
+#include "platform/linux/LinuxVolumes.h"
 #include "resources/ResourceTexts.h"
 #include "sysinfo/ProgramInfo.h"
 
@@ -40,6 +43,9 @@ void printHelp()
                        "  SWF  Flash 影片信息（仅限未压缩的影片）\n"
                        "  ZIP  压缩包中的文件和文件夹列表及统计\n"
                        "  EXE、DLL  资源树（类型、名称、字节数）和版本信息\n"
+                       "光盘（光驱设备、已挂载光盘的挂载点，或 .cue、.bin、.nrg、.toc、.iso 光盘映像）：\n"
+                       "  轨道，以及光盘上的文件和文件夹，每个文件的扇区模式和实际大小\n"
+                       "  （Mode 2 Form 2 文件按每扇区 2,324 字节计，即复制得到的大小）\n"
                        "选项：\n"
                        "  -h, --help  显示此帮助\n"
                        "  --version   显示版本号\n"
@@ -95,9 +101,90 @@ bool printModule(const QString& path)
     return true;
 }
 
+QString sectorModeText(const vindaro::disc::DiscEntry& entry)
+{
+    using vindaro::disc::SectorMode;
+    if (entry.folder)
+        return QStringLiteral("文件夹");
+    switch (entry.mode) {
+    case SectorMode::Form2:
+        return QStringLiteral("Mode 2 Form 2");
+    case SectorMode::Form1:
+        return QStringLiteral("Mode 2 Form 1");
+    case SectorMode::Mode1:
+        break;
+    }
+    return QStringLiteral("Mode 1");
+}
+
+// The disc in `source` (a drive or an image): its tracks, then every file and folder with its sector
+// mode, the size its copy holds, the size the directory records, its first sector and its sector count.
+// False, with the reason on stderr, when the disc cannot be opened.
+bool printDisc(const QString& path, const QString& source)
+{
+    using namespace vindaro;
+    disc::DiscFailure failure;
+    const std::unique_ptr<disc::Disc> opened = disc::Disc::open(source, failure);
+    if (!opened) {
+        write(stderr, QStringLiteral("vindaro-info：") + failure.message + QLatin1Char('\n'));
+        return false;
+    }
+    write(stdout, QStringLiteral("== %1 ==\n").arg(path));
+    const QString label = opened->volumeLabel();
+    if (!label.isEmpty())
+        write(stdout, QStringLiteral("卷标：%1\n").arg(label));
+    write(stdout, QStringLiteral("轨道\t起始扇区\t结束扇区\t格式\n"));
+    for (const disc::DiscTrack& track : opened->tracks()) {
+        write(stdout,
+            QStringLiteral("%1\t%2\t%3\t%4\n")
+                .arg(track.number)
+                .arg(track.firstLsn)
+                .arg(track.lastLsn)
+                .arg(track.format));
+    }
+    const QList<disc::DiscEntry> entries = opened->entries();
+    if (entries.isEmpty()) {
+        write(stdout, QStringLiteral("（光盘上没有可读的 ISO 9660 文件系统）\n"));
+        return true;
+    }
+    write(stdout, QStringLiteral("文件\t扇区模式\t大小（字节）\t目录记载（字节）\t起始扇区\t扇区数\n"));
+    for (const disc::DiscEntry& entry : entries) {
+        if (entry.folder) {
+            write(stdout, entry.path + QStringLiteral("/\t") + sectorModeText(entry) + QLatin1Char('\n'));
+            continue;
+        }
+        write(stdout,
+            QStringList{entry.path, sectorModeText(entry), files::groupDigits(entry.length()),
+                files::groupDigits(entry.recordedBytes), QString::number(entry.lsn),
+                QString::number(entry.sectors)}
+                    .join(QLatin1Char('\t'))
+                + QLatin1Char('\n'));
+    }
+    return true;
+}
+
+// The disc `path` names: a drive or an image itself, or the mount point of a mounted ISO 9660 disc; empty
+// for any other file.
+QString discOf(const QString& path)
+{
+    using namespace vindaro;
+    if (disc::discKindOf(path) != disc::DiscKind::None)
+        return path;
+    if (!QFileInfo(path).isDir())
+        return {};
+    platform::LinuxVolumes volumes;
+    const std::optional<platform::Volume> volume = volumes.volumeOf(QFileInfo(path).absoluteFilePath());
+    if (volume && volume->fsType == QLatin1String("iso9660")
+        && QFileInfo(volume->mountPoint) == QFileInfo(path))
+        return volume->device;
+    return {};
+}
+
 // False when the file could not be read at all.
 bool printFile(const QString& path)
 {
+    if (const QString source = discOf(path); !source.isEmpty())
+        return printDisc(path, source);
     const QFileInfo info(path);
     QFile probe(path);
     if (!info.exists() || info.isDir() || !probe.open(QIODevice::ReadOnly)) {
@@ -128,8 +215,8 @@ bool printFile(const QString& path)
         }
     } else {
         write(stderr,
-            QStringLiteral(
-                "vindaro-info：不支持文件“%1”的类型，只能显示 MP3、SWF、ZIP、EXE 和 DLL 文件的信息。\n")
+            QStringLiteral("vindaro-info：不支持文件“%1”的类型，只能显示 MP3、SWF、ZIP、EXE、DLL "
+                           "文件和光盘（光驱或光盘映像）的信息。\n")
                 .arg(path));
         return false;
     }

@@ -58,6 +58,10 @@ public:
         Q_UNUSED(bytes);
         return IoResult::failure(ENOTSUP);
     }
+    // The size of the pieces the file is read in from its medium, each read or failed whole: 2,324 for a
+    // Video CD track (the payload of a Mode 2 Form 2 sector), 2,048 for another file read sector by
+    // sector from a disc; 0 where nothing is known of it (a file of the local file system).
+    virtual qint64 sectorBytes() const { return 0; }
 };
 
 // Whole-file services the copy engine needs. The real one works on the local file system; tests use a

@@ -1,4 +1,7 @@
-// The command-line tool, run as a user would: one good file of each kind and a missing one.
+// The command-line tool, run as a user would: one good file of each kind and a missing one, and a Video
+// CD image made at test time.
+#include "fakes/VcdImage.h"
+
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -71,6 +74,31 @@ TEST(InfoTool, PrintsSummariesAndFailsForMissingFiles)
     good.start(QStringLiteral(VINDARO_INFO_TOOL), {zip});
     ASSERT_TRUE(good.waitForFinished(30000));
     EXPECT_EQ(good.exitCode(), 0);
+}
+
+TEST(InfoTool, ListsADiscsTracksAndFilesWithTheirTrueSizes)
+{
+    QTemporaryDir dir;
+    const vindaro::testing::VcdImage image = vindaro::testing::VcdImage::make(dir.path());
+    ASSERT_TRUE(image.made()) << image.error.toStdString();
+    QProcess tool;
+    tool.start(QStringLiteral(VINDARO_INFO_TOOL), {image.cue});
+    ASSERT_TRUE(tool.waitForFinished(30000));
+    const QString out = QString::fromUtf8(tool.readAllStandardOutput());
+    EXPECT_EQ(tool.exitCode(), 0) << tool.readAllStandardError().toStdString();
+    EXPECT_TRUE(out.contains(QRegularExpression(QStringLiteral("\n1\t0\t\\d+\t数据（Mode 2 XA）\n"))))
+        << out.toStdString();
+    // The track: 2,324 bytes a sector, where the directory records 2,048 each.
+    const QRegularExpressionMatch track = QRegularExpression(
+        QStringLiteral("/MPEGAV/AVSEQ01.DAT\tMode 2 Form 2\t([0-9,]+)\t([0-9,]+)\t\\d+\t(\\d+)\n"))
+                                              .match(out);
+    ASSERT_TRUE(track.hasMatch()) << out.toStdString();
+    const qint64 sectors = track.captured(3).toLongLong();
+    EXPECT_GT(sectors, 0);
+    EXPECT_EQ(track.captured(1).remove(QLatin1Char(',')).toLongLong(), sectors * 2324);
+    EXPECT_EQ(track.captured(2).remove(QLatin1Char(',')).toLongLong(), sectors * 2048);
+    EXPECT_TRUE(out.contains(QStringLiteral("/README.TXT\tMode 2 Form 1\t10,000\t10,000\t")));
+    EXPECT_TRUE(out.contains(QStringLiteral("/MPEGAV/\t文件夹\n")));
 }
 
 } // namespace

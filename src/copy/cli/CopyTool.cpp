@@ -5,6 +5,7 @@
 #include "copy/CopySession.h"
 #include "copy/FileResumeStore.h"
 #include "copy/VolumeDriveFacts.h"
+#include "disc/DiscFileLayer.h"
 #include "platform/linux/LinuxVolumes.h"
 #include "sysinfo/ProgramInfo.h"
 
@@ -39,6 +40,11 @@ const char* const kHelp = R"(用法：vindaro-copy [选项] 源文件 目标文�
       vindaro-copy [选项] --to-folder 文件夹 源文件...
 
 按块复制文件；遇到读不出的块就跳过去继续复制，所以有划痕的光盘也能得到一个可播放的副本。
+
+源文件也可以写成“光驱或光盘映像:/光盘上的路径”，例如 /dev/sr0:/MPEGAV/AVSEQ01.DAT 或
+影片.cue:/MPEGAV/AVSEQ01.DAT（BIN/CUE、NRG、cdrdao 和 ISO 映像）。VCD 的 MPEGAV/*.DAT 这类
+Mode 2 Form 2 扇区上的文件，无论是这样写还是写成已挂载光盘上的路径，都按扇区整个读出（每扇区 2,324
+字节），并校验每个扇区的 EDC：读不出或校验错误的扇区按读不出的块跳过，并记入日志。
 
 选项：
   -r, --read-blocks N    每次读取的块数，1 到 100，默认 10（盘片质量不好时设小一点；批量复制固定为 10）
@@ -131,7 +137,26 @@ namespace vindaro::copy {
 
 namespace {
 
-int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources, platform::FileLayer& files)
+// Sources on a disc that cannot be opened (no permission on the drive, no disc) are said here, in the
+// program's words; true when every source is one of them, and nothing is to be copied.
+bool refuseDiscSources(disc::DiscFileLayer* discs, const QStringList& sources, QTextStream& err)
+{
+    if (!discs)
+        return false;
+    qsizetype refused = 0;
+    for (const QString& source : sources) {
+        const QString problem = discs->problemWith(source);
+        if (!problem.isEmpty()) {
+            err << problem << '\n';
+            ++refused;
+        }
+    }
+    err.flush();
+    return refused > 0 && refused == sources.size();
+}
+
+int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources, platform::FileLayer& files,
+    disc::DiscFileLayer* discs)
 {
     QTextStream err(stderr);
     if (sources.isEmpty()) {
@@ -153,6 +178,8 @@ int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources
     absolute.reserve(sources.size());
     for (const QString& source : sources)
         absolute << QDir::cleanPath(here.absoluteFilePath(source));
+    if (refuseDiscSources(discs, absolute, err))
+        return kExitNotStarted;
 
     platform::LinuxVolumes volumes;
     VolumeDriveFacts drives(volumes);
@@ -173,7 +200,7 @@ int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources
 
 } // namespace
 
-int runCopyTool(const QStringList& args, platform::FileLayer& files)
+int runCopyTool(const QStringList& args, platform::FileLayer& files, disc::DiscFileLayer* discs)
 {
     QTextStream out(stdout);
     QTextStream err(stderr);
@@ -256,8 +283,10 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files)
     }
     state.readBlocks = readBlocks;
     state.skipBlocks = skipBlocks;
+    if (discs)
+        discs->setLog([&host](const QString& entry) { host.log(entry); });
     if (!host.batchFolder.isEmpty())
-        return runBatch(host, state, paths, files);
+        return runBatch(host, state, paths, files, discs);
     if (host.existing == copy::ExistingAnswer::KeepBoth) {
         err << QStringLiteral("--existing keep 只用于批量复制（--to-folder）。\n");
         return kExitUsage;
@@ -272,6 +301,8 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files)
         err << QStringLiteral("目标文件是一个文件夹：") << destination << '\n';
         return kExitUsage;
     }
+    if (refuseDiscSources(discs, {source}, err))
+        return kExitNotStarted;
 
     platform::LinuxVolumes volumes;
     copy::VolumeDriveFacts drives(volumes);
