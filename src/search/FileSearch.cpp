@@ -1,7 +1,6 @@
 #include "FileSearch.h"
 
 #include "SearchResults.h"
-#include "files/FileTexts.h"
 #include "files/FolderWalker.h"
 
 #include <QCoreApplication>
@@ -144,7 +143,7 @@ bool FileSearch::StartSearch(const QString& scope, const QString& pattern, const
 
     auto shared = std::make_shared<Shared>();
     m_shared = shared;
-    const QString folder = files::withTrailingSlash(scope);
+    const QString folder = scopeFolder(scope);
     files::FolderWalker::Options walk = walkOptions(pattern, options);
     const QPointer<FileSearch> self(this);
     QThread* thread = QThread::create([shared, folder, walk = std::move(walk), self]() mutable {

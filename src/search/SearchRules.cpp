@@ -1,6 +1,9 @@
 #include "SearchRules.h"
 
 #include "files/FileListTexts.h"
+#include "files/FileTexts.h"
+
+#include <QDir>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,6 +20,13 @@ constexpr quint32 kNobodyId = 65534;
 QString foundCountText(int count)
 {
     return QStringLiteral("找到 %1 个文件").arg(count);
+}
+
+QString scopeFolder(const QString& scope)
+{
+    if (scope == QLatin1String("~") || scope.startsWith(QLatin1String("~/")))
+        return files::withTrailingSlash(QDir::homePath() + scope.mid(1));
+    return files::withTrailingSlash(scope);
 }
 
 bool isExactName(const QString& pattern)

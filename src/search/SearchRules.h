@@ -16,6 +16,10 @@ inline const QString kNothingFoundText = QStringLiteral("没有找到所需要�
 // "找到 12 个文件".
 QString foundCountText(int count);
 
+// The folder a scope text names, with a closing "/": "~" and "~/..." stand for the home folder, as
+// everywhere on Linux; any other text as it is.
+QString scopeFolder(const QString& scope);
+
 // A pattern without "*" names one file exactly (any case).
 bool isExactName(const QString& pattern);
 

@@ -1,5 +1,7 @@
 #include "search/SearchRules.h"
 
+#include <QDir>
+
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
@@ -47,6 +49,16 @@ INSTANTIATE_TEST_SUITE_P(Table, SearchName,
         NameCase{"*.影片", "影片a", false}, NameCase{"影片.dat", "影片.DAT", true},
         NameCase{"*.MPÉ", "clip.mpé", true}, NameCase{"ÉTÉ.DAT", "été.dat", true},
         NameCase{"ete.dat", "été.dat", false}));
+
+TEST(SearchRules, ScopeGetsAClosingSlashAndTildeIsHome)
+{
+    const QString home = QDir::homePath();
+    EXPECT_EQ(scopeFolder(QStringLiteral("/media/cdrom")), QStringLiteral("/media/cdrom/"));
+    EXPECT_EQ(scopeFolder(QStringLiteral("/")), QStringLiteral("/"));
+    EXPECT_EQ(scopeFolder(QStringLiteral("~")), home + u'/');
+    EXPECT_EQ(scopeFolder(QStringLiteral("~/Videos")), home + QStringLiteral("/Videos/"));
+    EXPECT_EQ(scopeFolder(QStringLiteral("/data/~/x")), QStringLiteral("/data/~/x/"));
+}
 
 TEST(SearchRules, ExactNameModeIsAPatternWithoutAStar)
 {
