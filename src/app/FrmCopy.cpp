@@ -23,6 +23,8 @@
 #include "files/ui/FileListDialogs.h"
 #include "files/ui/FileMenu.h"
 #include "info/ui/frmFileProperty.h"
+#include "search/FileListResults.h"
+#include "search/ui/frmSearchFile.h"
 #include "sysinfo/SplashPage.h"
 #include "sysinfo/ui/ProgramIcon.h"
 #include "sysinfo/ui/frmSplash.h"
@@ -377,8 +379,9 @@ void FrmCopy::connectChrome()
     connect(m_picHTitleBar, &chrome::HTitleBar::trayRequested, m_tray, &chrome::TrayController::sendToTray);
 
     connect(m_picRefresh, &QAbstractButton::clicked, this, [this] { m_fileList->model().RefreshFileList(); });
-    // picSearch and picWatch follow the state switches; the search and log windows they open are not part
-    // of the program yet, so a click does nothing.
+    connect(m_picSearch, &QAbstractButton::clicked, this, &FrmCopy::showSearchWindow);
+    // picWatch follows the state switches; the log window it opens is not part of the program yet, so a
+    // click does nothing.
 
     connect(m_optOpenCD, &QAbstractButton::clicked, this, [this] { optCDClick(true); });
     connect(m_optCloseCD, &QAbstractButton::clicked, this, [this] { optCDClick(false); });
@@ -389,6 +392,23 @@ void FrmCopy::connectChrome()
             look, &chrome::OptionButtonChrome::cdMenuRequested, this,
             [this](const QPoint& at) { ShowPopupMenu(kCdRomMenu, at); }, Qt::QueuedConnection);
     }
+}
+
+// One search window, a window of its own that fills this window's list; a second click brings it forward.
+void FrmCopy::showSearchWindow()
+{
+    if (!m_searchWindow) {
+        if (!m_searchResults)
+            m_searchResults = std::make_unique<search::FileListResults>(m_fileList->model());
+        auto* window
+            = new search::frmSearchFile(m_services.volumes, m_services.shell, *m_searchResults, this);
+        window->setAttribute(Qt::WA_DeleteOnClose);
+        window->setWindowIcon(windowIcon());
+        m_searchWindow = window;
+    }
+    m_searchWindow->show();
+    m_searchWindow->raise();
+    m_searchWindow->activateWindow();
 }
 
 void FrmCopy::attachToolTips()

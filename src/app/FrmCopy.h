@@ -39,6 +39,10 @@ class Shell;
 class Volumes;
 } // namespace vindaro::platform
 
+namespace vindaro::search {
+class SearchResults;
+} // namespace vindaro::search
+
 namespace vindaro::chrome {
 class HTitleBar;
 class PictureButton;
@@ -183,6 +187,7 @@ private:
     void sldSkipBlocksChange(int value);
     void optCDClick(bool open);
     void showAboutWindow();
+    void showSearchWindow();
     void runBatchCopy();
 
     int currentSecond() const;
@@ -206,6 +211,8 @@ private:
     files::FileListController* m_fileList = nullptr; // a child
     chrome::TrayController* m_tray = nullptr; // a child
     QPointer<QWidget> m_batchWindow; // the batch's window of its own, deleted when it closes
+    std::unique_ptr<search::SearchResults> m_searchResults; // this window's list, as the search fills it
+    QPointer<QWidget> m_searchWindow; // the search window while it is open (a child, deleted when closed)
 
     chrome::VTitleBar* m_picVTitleBar = nullptr;
     chrome::HTitleBar* m_picHTitleBar = nullptr;

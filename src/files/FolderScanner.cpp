@@ -1,118 +1,41 @@
 #include "FolderScanner.h"
 
-#include "FileListTexts.h"
-#include "FileTexts.h"
+#include "FolderWalker.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QThread>
-
-#include <algorithm>
-
-#include <dirent.h>
-#include <sys/stat.h>
 
 namespace vindaro::files {
 
 namespace {
 
-enum class EntryKind
+// Gathers the walk's files into batches of `size` for the caller.
+class BatchSink final : public WalkSink
 {
-    File,
-    Folder,
-    Other
-};
-
-struct DirEntry
-{
-    QString name;
-    EntryKind kind;
-};
-
-// The kind of one listed entry. Links count as the file they point at, but a link to a folder is never
-// walked into (it shows as Other).
-EntryKind kindOf(const QByteArray& fullPath, unsigned char dType)
-{
-    if (dType == DT_REG)
-        return EntryKind::File;
-    if (dType == DT_DIR)
-        return EntryKind::Folder;
-    struct stat st;
-    if (dType == DT_UNKNOWN) {
-        if (::lstat(fullPath.constData(), &st) != 0)
-            return EntryKind::Other;
-        if (S_ISREG(st.st_mode))
-            return EntryKind::File;
-        if (S_ISDIR(st.st_mode))
-            return EntryKind::Folder;
-        if (!S_ISLNK(st.st_mode))
-            return EntryKind::Other;
-    } else if (dType != DT_LNK) {
-        return EntryKind::Other; // fifos, sockets, devices: nothing a copy could read to an end
+public:
+    BatchSink(qsizetype size, const std::function<void(const QStringList&)>& onBatch)
+        : m_size(size)
+        , m_onBatch(onBatch)
+    {
     }
-    if (::stat(fullPath.constData(), &st) == 0 && S_ISREG(st.st_mode))
-        return EntryKind::File;
-    return EntryKind::Other;
-}
-
-// The entries of one folder, sorted; empty when it cannot be listed.
-QList<DirEntry> listFolder(const QString& folder)
-{
-    QList<DirEntry> entries;
-    const QByteArray native = QFile::encodeName(folder);
-    DIR* dir = ::opendir(native.constData());
-    if (!dir)
-        return entries;
-    while (const dirent* ent = ::readdir(dir)) {
-        const char* name = ent->d_name;
-        if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
-            continue;
-        const EntryKind kind = kindOf(native + name, ent->d_type);
-        if (kind != EntryKind::Other)
-            entries.append(DirEntry{QFile::decodeName(name), kind});
+    void found(const QString& path) override
+    {
+        m_pending.append(path);
+        if (m_pending.size() >= m_size)
+            flush();
     }
-    ::closedir(dir);
-    std::sort(entries.begin(), entries.end(), [](const DirEntry& a, const DirEntry& b) {
-        const int folded = a.name.compare(b.name, Qt::CaseInsensitive);
-        return folded != 0 ? folded < 0 : a.name < b.name;
-    });
-    return entries;
-}
-
-struct Walk
-{
-    const QString& pattern;
-    bool includeSubfolders;
-    const std::atomic<bool>& cancelled;
-    qsizetype batchSize;
-    const std::function<void(const QStringList&)>& onBatch;
-    QStringList pending;
-
     void flush()
     {
-        if (!pending.isEmpty()) {
-            onBatch(pending);
-            pending.clear();
+        if (!m_pending.isEmpty()) {
+            m_onBatch(m_pending);
+            m_pending.clear();
         }
     }
 
-    void folder(const QString& path, int depth)
-    {
-        const QList<DirEntry> entries = listFolder(path);
-        for (const DirEntry& entry : entries) {
-            if (cancelled.load(std::memory_order_relaxed))
-                return;
-            if (entry.kind == EntryKind::File) {
-                if (matchesScanPattern(entry.name, pattern)) {
-                    pending.append(path + entry.name);
-                    if (pending.size() >= batchSize)
-                        flush();
-                }
-            } else if (includeSubfolders && depth < FolderScanner::kMaxDepth) {
-                folder(path + entry.name + u'/', depth + 1);
-            }
-        }
-    }
+private:
+    qsizetype m_size;
+    const std::function<void(const QStringList&)>& m_onBatch;
+    QStringList m_pending;
 };
 
 // The walk's own thread. Batches go out at most every kBatchMillis (or kBatchSize entries), so the UI
@@ -182,10 +105,14 @@ void FolderScanner::walk(const QString& folder, const QString& pattern, bool inc
     const std::atomic<bool>& cancelled, qsizetype batchSize,
     const std::function<void(const QStringList&)>& onBatch)
 {
-    Walk walker{pattern, includeSubfolders, cancelled, qMax<qsizetype>(1, batchSize), onBatch, {}};
-    walker.folder(withTrailingSlash(folder), 0);
-    if (!cancelled.load())
-        walker.flush();
+    FolderWalker::Options options;
+    options.names = NameRule::forFolderScan(pattern);
+    options.includeSubfolders = includeSubfolders;
+    options.maxDepth = kMaxDepth;
+    FolderWalker walker(std::move(options), cancelled);
+    BatchSink sink(qMax<qsizetype>(1, batchSize), onBatch);
+    if (walker.walk(folder, sink))
+        sink.flush();
 }
 
 bool FolderScanner::start(const QString& folder, const QString& pattern, bool includeSubfolders)

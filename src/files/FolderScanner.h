@@ -11,10 +11,8 @@ namespace vindaro::files {
 // Walks a folder for the add-folder command, off the UI thread, and hands the matching files back in
 // batches so the list grows under the scan while the window stays usable.
 //
-// Order: depth first; within a folder, names sorted without regard to case (ties by exact text); a
-// sub-folder is walked at once, where it stands among its siblings. Only regular files (and links to
-// them) are taken; links to folders are not followed, so a cycle cannot trap the walk; nesting is capped
-// at kMaxDepth. A folder that cannot be listed adds nothing. Matching follows matchesScanPattern().
+// The walk is FolderWalker's (order, links, loops, unreadable folders), capped at kMaxDepth levels, with
+// NameRule::forFolderScan(), the rule of matchesScanPattern().
 //
 // found() and finished() arrive on the thread that owns the scanner. After cancel() or destruction no
 // further signal arrives; the walk then stops at its next entry, on its own thread.
