@@ -1,5 +1,4 @@
 #include "copy/BatchCopier.h"
-#include "copy/CopyMessages.h"
 #include "fakes/FakeBatchHost.h"
 #include "fakes/MemoryFileLayer.h"
 #include "platform/Volumes.h"
@@ -199,15 +198,6 @@ TEST_F(BatchCopierTest, TheBatchEndsWithOneSyncBeforeRecordsGo)
             EXPECT_EQ(host.base.boxes[0].text, kOut + QStringLiteral("\r\n[5].Input/output error"));
         }
     }
-}
-
-TEST_F(BatchCopierTest, TotalTextSwitchesUnitsAtItsThresholds)
-{
-    EXPECT_EQ(msg::batchTotal(10239), QStringLiteral("[ 总共：10,239 字节"));
-    EXPECT_EQ(msg::batchTotal(10240), QStringLiteral("[ 总共：10 KB"));
-    EXPECT_EQ(msg::batchTotal(1023999), QStringLiteral("[ 总共：999 KB"));
-    EXPECT_EQ(msg::batchTotal(1024000), QStringLiteral("[ 总共：0 MB"));
-    EXPECT_EQ(msg::batchTotal(5LL * 1024 * 1024 * 1024), QStringLiteral("[ 总共：5,120 MB"));
 }
 
 TEST_F(BatchCopierTest, KeepBothSkipsEqualLengthsAndCopiesOthersUnderANewName)
