@@ -138,6 +138,66 @@ INSTANTIATE_TEST_SUITE_P(Table, MimeDefaults,
             },
             "video/mpeg", "b.desktop", {QStringLiteral("xfce")}}));
 
+// A real folder of desktop entries as the chooser lists them: the type's applications first (its default
+// leading), then every other displayed, usable application by name.
+TEST(MimeApplications, TheTypesApplicationsComeFirstThenTheRestByName)
+{
+    Desktop d;
+    ASSERT_TRUE(d.dir.isValid());
+    const auto entry = [&d](const char* id, const QByteArray& lines) {
+        d.write(d.dataDir() + QStringLiteral("/applications/") + QString::fromLatin1(id),
+            "[Desktop Entry]\nType=Application\n" + lines);
+    };
+    entry("player.desktop",
+        "Name=Player\nName[zh_CN]=播放器\nName[zh]=播放\nIcon=player\nExec=player\\s--x %U\n"
+        "MimeType=video/mpeg;\n");
+    entry("viewer.desktop",
+        "Name=Viewer\nName[zh]=查看器\nExec=viewer %f\nMimeType=video/mpeg;\nNoDisplay=true\n");
+    entry("editor.desktop", "Name=Editor\nExec=editor %f\nMimeType=text/plain;\n");
+    entry("alpha.desktop", "Name=alpha\nExec=alpha\nTerminal=true\nPath=/srv\n");
+    entry("zed.desktop", "Name=Zed\nExec=zed\n");
+    entry("kde4/beta.desktop", "Name=Beta\nExec=beta\n");
+    entry("menu-only.desktop", "Name=Aaa\nExec=aaa\nNoDisplay=true\n");
+    entry("broken.desktop", "Name=Aab\nExec=aab\nTryExec=/nonexistent/aab\n");
+    entry("gone.desktop", "Name=Aac\nExec=aac\nHidden=true\n");
+    entry("noexec.desktop", "Name=Aad\n");
+    d.write(
+        d.dataDir() + QStringLiteral("/applications/site.desktop"), "[Desktop Entry]\nType=Link\nName=Aae\n");
+    d.write(d.configHome() + "/mimeapps.list", "[Default Applications]\nvideo/mpeg=viewer.desktop\n");
+
+    const auto ids = [](const QList<vindaro::platform::DesktopApplication>& applications) {
+        QStringList list;
+        for (const auto& application : applications)
+            list << application.id;
+        return list;
+    };
+    MimeAssociations associations(d.folders());
+    const auto forClip = associations.applicationsForFile(d.dir.filePath(QStringLiteral("clip.mpg")));
+    EXPECT_EQ(ids(forClip),
+        QStringList({"viewer.desktop", "player.desktop", "alpha.desktop", "kde4-beta.desktop",
+            "editor.desktop", "zed.desktop"}));
+    ASSERT_EQ(forClip.size(), 6);
+    EXPECT_EQ(forClip[0].name, QStringLiteral("查看器")); // Name[zh] when there is no Name[zh_CN]
+    const auto& player = forClip[1];
+    EXPECT_EQ(player.name, QStringLiteral("播放器"));
+    EXPECT_EQ(player.icon, QStringLiteral("player"));
+    EXPECT_EQ(player.exec, QStringLiteral("player --x %U"));
+    EXPECT_EQ(player.entryPath, d.dataDir() + QStringLiteral("/applications/player.desktop"));
+    EXPECT_FALSE(player.terminal);
+    EXPECT_TRUE(forClip[2].terminal);
+    EXPECT_EQ(forClip[2].workingFolder, QStringLiteral("/srv"));
+
+    // A C source: the application of its parent type (text/plain) first; a hidden-from-menus application
+    // that is not associated stays out.
+    const auto forSource = ids(associations.applicationsForFile(d.dir.filePath(QStringLiteral("main.c"))));
+    EXPECT_EQ(forSource.value(0), QStringLiteral("editor.desktop"));
+    EXPECT_FALSE(forSource.contains(QStringLiteral("viewer.desktop")));
+    EXPECT_EQ(forSource.size(), 5);
+
+    MimeAssociations german(d.folders(), QStringLiteral("de_DE"));
+    EXPECT_EQ(german.applicationsFor(QStringLiteral("video/mpeg")).value(1).name, QStringLiteral("Player"));
+}
+
 // The shell reads the folders the environment names: a temporary XDG home with one application.
 TEST(MimeDefaults, ShellAsksTheEnvironmentsDesktop)
 {
