@@ -2,8 +2,9 @@
 
 #include "platform/linux/FileTransfer.h"
 #include "platform/linux/MimeAssociations.h"
+#include "platform/linux/ui/OpenWithDialog.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusUnixFileDescriptor>
@@ -15,7 +16,6 @@
 #include <QLocale>
 #include <QMessageBox>
 #include <QMimeDatabase>
-#include <QProcess>
 #include <QProgressDialog>
 #include <QStandardPaths>
 #include <QTimer>
@@ -231,27 +231,36 @@ bool LinuxShell::open(const QString& path)
     return QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 
-bool LinuxShell::openWith(const QString& path)
+// True when the desktop portal took the file: it shows its own chooser.
+bool LinuxShell::askPortal(const QString& path)
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
-    if (bus.isConnected()) {
-        const int fd = ::open(native(path).constData(), O_PATH | O_CLOEXEC);
-        if (fd >= 0) {
-            QDBusMessage call
-                = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.portal.Desktop"),
-                    QStringLiteral("/org/freedesktop/portal/desktop"),
-                    QStringLiteral("org.freedesktop.portal.OpenURI"), QStringLiteral("OpenFile"));
-            QVariantMap options;
-            options.insert(QStringLiteral("ask"), true);
-            call << QString() << QVariant::fromValue(QDBusUnixFileDescriptor(fd)) << options;
-            const QDBusMessage reply = bus.call(call, QDBus::Block, kDbusTimeoutMs);
-            ::close(fd);
-            if (reply.type() == QDBusMessage::ReplyMessage)
-                return true;
-        }
-    }
-    // No portal: the desktop's default opener is the best remaining choice.
-    return QProcess::startDetached(QStringLiteral("xdg-open"), {path});
+    if (!bus.isConnected())
+        return false;
+    const int fd = ::open(native(path).constData(), O_PATH | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    QDBusMessage call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.portal.Desktop"),
+        QStringLiteral("/org/freedesktop/portal/desktop"), QStringLiteral("org.freedesktop.portal.OpenURI"),
+        QStringLiteral("OpenFile"));
+    QVariantMap options;
+    options.insert(QStringLiteral("ask"), true);
+    call << QString() << QVariant::fromValue(QDBusUnixFileDescriptor(fd)) << options;
+    const QDBusMessage reply = bus.call(call, QDBus::Block, kDbusTimeoutMs);
+    ::close(fd);
+    return reply.type() == QDBusMessage::ReplyMessage;
+}
+
+bool LinuxShell::openWith(const QString& path)
+{
+    if (askPortal(path))
+        return true;
+    if (m_chooseProgram)
+        return m_chooseProgram(path);
+    MimeAssociations associations(MimeAssociations::foldersFromEnvironment());
+    OpenWithDialog dialog(
+        path, associations.applicationsForFile(path), startDetached, QApplication::activeWindow());
+    return dialog.exec() == QDialog::Accepted;
 }
 
 bool LinuxShell::callFileManager(const QString& method, const QString& path)

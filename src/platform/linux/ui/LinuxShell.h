@@ -16,7 +16,7 @@ namespace vindaro::platform {
 //   system lacks it);
 // - the default application of a file's type: MimeAssociations (mimeapps.list and desktop entries);
 // - open: QDesktopServices; open-with: the desktop portal's chooser (OpenURI with "ask"), falling back to
-//   `xdg-open` when no portal answers;
+//   the program's own OpenWithDialog when no portal answers (no session bus, no portal, an error reply);
 // - properties and show-in-folder: org.freedesktop.FileManager1 over D-Bus, falling back to opening the
 //   containing folder when no file manager answers;
 // - folder chooser: QFileDialog::getExistingDirectory; type name: the MIME database's comment for the
@@ -48,12 +48,21 @@ public:
         m_askReplace = std::move(ask);
     }
 
+    // How the user picks a program when no portal answers; true when one was started. Defaults to
+    // OpenWithDialog over the installed applications; tests script it.
+    void setOpenWithChooser(std::function<bool(const QString& path)> choose)
+    {
+        m_chooseProgram = std::move(choose);
+    }
+
 private:
     FileOpResult transfer(const QString& source, const QString& folder, QWidget* owner, bool move);
     bool askReplace(const QString& target, QWidget* owner);
     bool callFileManager(const QString& method, const QString& path);
+    bool askPortal(const QString& path);
 
     std::function<bool(const QString&, QWidget*)> m_askReplace;
+    std::function<bool(const QString&)> m_chooseProgram;
 };
 
 } // namespace vindaro::platform
