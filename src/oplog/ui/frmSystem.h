@@ -33,7 +33,7 @@ public:
     // Lines put into tText at one go: a burst is shown in steps of this many, each a few milliseconds, with
     // the window's events handled in between. While the window is hidden a burst waits (the newest
     // kShownLines of it) until it is shown.
-    static constexpr int kLinesPerStep = 250;
+    static constexpr int kLinesPerStep = 100;
 
     frmSystem(OperationLog& log, ChangeMonitor* monitor, QWidget* parent = nullptr);
     ~frmSystem() override;
