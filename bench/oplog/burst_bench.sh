@@ -1,0 +1,19 @@
+#!/bin/sh
+# A burst of file changes through the operation log: 100,000 files (in folders of 1,000) are removed as an
+# `rm -rf` would, under the real inotify monitor, with the log window shown. Prints how long until every
+# change is in the log, the longest the window's thread went without handling its events, and the peak
+# memory (RSS).
+# Usage: bench/oplog/burst_bench.sh [build dir] [files] [files per folder]
+set -eu
+here=$(cd "$(dirname "$0")/../.." && pwd)
+build=${1:-$here/build-bench}
+files=${2:-100000}
+per=${3:-1000}
+if [ ! -f "$build/build.ninja" ]; then
+  cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVINDARO_ONLY_TESTS=oplog >/dev/null
+fi
+ninja -C "$build" -j2 oplog_burst_bench >/dev/null
+tree=$(mktemp -d)
+trap 'rm -rf "$tree"' EXIT
+echo "load average: $(cut -d' ' -f1-3 /proc/loadavg)"
+QT_QPA_PLATFORM=offscreen "$build/tests/oplog/oplog_burst_bench" "$tree" "$files" "$per" 2>/dev/null
