@@ -53,6 +53,8 @@ void ConsoleCopyHost::log(const QString& entry)
     endProgressLine();
     m_out << plainLines(entry) << '\n';
     m_out.flush();
+    if (logged)
+        logged(entry);
 }
 
 void ConsoleCopyHost::yield()

@@ -23,7 +23,8 @@ enum class ExistingAnswer
 };
 
 // The copy host of `vindaro-copy`: questions are answered from the command line, boxes and log entries are
-// printed, and the progress figures of the window are printed as one line on stderr.
+// printed (log entries also go to `logged`), and the progress figures of the window are printed as one line
+// on stderr.
 class ConsoleCopyHost final : public BatchHost
 {
 public:
@@ -34,6 +35,7 @@ public:
     bool ignoreLowSpace = false;
     bool showProgress = true;
     std::function<bool()> interrupted; // the user pressed Ctrl-C
+    std::function<void(const QString&)> logged; // each log entry once printed: the operation log
     // A batch: the folder, whether every file goes straight into it, and its counters once it runs.
     QString batchFolder;
     bool batchSameFolder = true;

@@ -6,6 +6,7 @@
 #include "copy/FileResumeStore.h"
 #include "copy/VolumeDriveFacts.h"
 #include "disc/DiscFileLayer.h"
+#include "oplog/OperationLog.h"
 #include "platform/linux/LinuxVolumes.h"
 #include "sysinfo/ProgramInfo.h"
 
@@ -18,6 +19,7 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <functional>
 #include <thread>
 #include <unistd.h>
 
@@ -103,26 +105,33 @@ void installInterruptHandler(copy::CopyState& state)
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    sigaction(SIGHUP, &action, nullptr); // a closed terminal cancels too: the record and the log are kept
 }
 
 // A second Ctrl-C usually means the copy hangs in a read. Nothing but exiting is safe in a signal
-// handler, so a thread waits for it here: it stops the copy from writing anything more, saves the record
-// of what was written, and ends the process without waiting for the stuck read. A third Ctrl-C exits
-// at once, should even that hang.
-void watchForQuit(copy::BlockCopier& copier)
+// handler, so a thread waits for it here: it runs `beforeExit` (which stops the copy from writing anything
+// more and saves the record of what was written, and writes the operation log), and ends the process
+// without waiting for the stuck read. A third Ctrl-C exits at once, should even that hang.
+void watchForQuit(std::function<void()> beforeExit)
 {
     int fds[2];
     if (::pipe2(fds, O_CLOEXEC) != 0)
         return; // a second Ctrl-C then exits at once, as before
-    std::thread([&copier, readEnd = fds[0]] {
+    std::thread([beforeExit = std::move(beforeExit), readEnd = fds[0]] {
         char wake = 0;
         while (::read(readEnd, &wake, 1) < 0 && errno == EINTR) { }
-        copier.abandon();
-        copier.saveRecordOnQuit();
+        beforeExit();
         ::_exit(128 + SIGINT);
     }).detach();
     g_quitPipe = fds[1];
 }
+
+// The tool's entries go to the same OperationNotes.log as the window's, appended when the tool ends.
+struct LogAtExit
+{
+    oplog::OperationLog& log;
+    ~LogAtExit() { log.writeRunningText(); }
+};
 
 bool parseNumber(const QString& text, int low, int high, int& value)
 {
@@ -156,7 +165,7 @@ bool refuseDiscSources(disc::DiscFileLayer* discs, const QStringList& sources, Q
 }
 
 int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources, platform::FileLayer& files,
-    disc::DiscFileLayer* discs)
+    disc::DiscFileLayer* discs, oplog::OperationLog& operationLog)
 {
     QTextStream err(stderr);
     if (sources.isEmpty()) {
@@ -187,7 +196,11 @@ int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources
     BatchCopier batch(state, host, files, resumeStore, drives);
     host.batchCounters = &batch.counters();
     installInterruptHandler(state);
-    watchForQuit(batch.copier());
+    watchForQuit([&copier = batch.copier(), &operationLog] {
+        copier.abandon();
+        copier.saveRecordOnQuit();
+        operationLog.writeRunningText();
+    });
     const BatchResult result = batch.copyingFiles(absolute);
     if (!result.started)
         return kExitNotStarted;
@@ -208,6 +221,9 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files, disc::DiscF
     copy::CopyState state;
     copy::ConsoleCopyHost host(state, out, err);
     host.interrupted = [] { return g_interrupts > 0; };
+    oplog::OperationLog operationLog;
+    host.logged = [&operationLog](const QString& entry) { operationLog.GetFileCopyLog(entry); };
+    const LogAtExit writeLogAtExit{operationLog};
     int readBlocks = 10;
     int skipBlocks = 10;
     QStringList paths;
@@ -286,7 +302,7 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files, disc::DiscF
     if (discs)
         discs->setLog([&host](const QString& entry) { host.log(entry); });
     if (!host.batchFolder.isEmpty())
-        return runBatch(host, state, paths, files, discs);
+        return runBatch(host, state, paths, files, discs, operationLog);
     if (host.existing == copy::ExistingAnswer::KeepBoth) {
         err << QStringLiteral("--existing keep 只用于批量复制（--to-folder）。\n");
         return kExitUsage;
@@ -312,7 +328,11 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files, disc::DiscF
         resumeStore.remove(destination); // the choice on the command line stands above an old record
 
     installInterruptHandler(state);
-    watchForQuit(session.copier());
+    watchForQuit([&copier = session.copier(), &operationLog] {
+        copier.abandon();
+        copier.saveRecordOnQuit();
+        operationLog.writeRunningText();
+    });
 
     switch (session.startCopy(source, destination)) {
     case copy::CopyOutcome::Finished:
