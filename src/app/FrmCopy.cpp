@@ -2,7 +2,6 @@
 
 #include "BoxPresenter.h"
 #include "CopyChoices.h"
-#include "OperationLogModel.h"
 #include "chrome/Artwork.h"
 #include "chrome/Frame3D.h"
 #include "chrome/MenuBand.h"
@@ -23,6 +22,7 @@
 #include "files/ui/FileListDialogs.h"
 #include "files/ui/FileMenu.h"
 #include "info/ui/frmFileProperty.h"
+#include "oplog/ui/frmSystem.h"
 #include "search/FileListResults.h"
 #include "search/ui/frmSearchFile.h"
 #include "sysinfo/SplashPage.h"
@@ -133,6 +133,9 @@ FrmCopy::FrmCopy(const FrmCopyServices& services, QWidget* parent)
     setFont(song);
     setWindowTitle(QStringLiteral("Vindaro"));
     setWindowIcon(sysinfo::ui::programIcon());
+    // The log window is loaded hidden first, so that following changes starts with the program.
+    m_logWindow = std::make_unique<oplog::ui::frmSystem>(m_services.log, m_services.changeMonitor);
+    m_logWindow->setKeepLoaded(true);
 
     // Notices of the file system ("drive not ready") come to this window's message boxes.
     m_fileSystem = std::make_unique<files::FileSystem>(m_services.volumes, m_services.shell, this);
@@ -380,8 +383,11 @@ void FrmCopy::connectChrome()
 
     connect(m_picRefresh, &QAbstractButton::clicked, this, [this] { m_fileList->model().RefreshFileList(); });
     connect(m_picSearch, &QAbstractButton::clicked, this, &FrmCopy::showSearchWindow);
-    // picWatch follows the state switches; the log window it opens is not part of the program yet, so a
-    // click does nothing.
+    connect(m_picWatch, &QAbstractButton::clicked, this, [this] {
+        m_logWindow->show();
+        m_logWindow->raise();
+        m_logWindow->activateWindow();
+    });
 
     connect(m_optOpenCD, &QAbstractButton::clicked, this, [this] { optCDClick(true); });
     connect(m_optCloseCD, &QAbstractButton::clicked, this, [this] { optCDClick(false); });
@@ -459,7 +465,7 @@ void FrmCopy::runBatchCopy()
     if (m_batchWindow)
         return;
     copy::FrmCopyAllFilesServices services{m_services.files, m_services.resumeStore, m_services.drives,
-        *m_services.batchPrompts, [this](const QString& entry) { m_services.log.add(entry); }};
+        *m_services.batchPrompts, [this](const QString& entry) { m_logWindow->GetFileCopyLog(entry); }};
     auto* batch = new copy::FrmCopyAllFiles(services);
     batch->setAttribute(Qt::WA_DeleteOnClose);
     batch->setWindowIcon(windowIcon());
@@ -529,7 +535,7 @@ int FrmCopy::showBox(const platform::MessageBox& box)
 
 void FrmCopy::log(const QString& entry)
 {
-    m_services.log.add(entry);
+    m_logWindow->GetFileCopyLog(entry);
 }
 
 void FrmCopy::enterCopyingState()
@@ -769,6 +775,10 @@ void FrmCopy::closeEvent(QCloseEvent* event)
         m_workerAbandoned = m_worker->isBusy();
     }
     m_tray->removeIcon();
+    // The log window closes for good and appends the run's entries to the log file.
+    m_logWindow->setKeepLoaded(false);
+    m_logWindow->Unload();
+    m_logWindow->hide();
     event->accept();
 }
 

@@ -43,6 +43,14 @@ namespace vindaro::search {
 class SearchResults;
 } // namespace vindaro::search
 
+namespace vindaro::oplog {
+class ChangeMonitor;
+class OperationLog;
+namespace ui {
+class frmSystem;
+}
+} // namespace vindaro::oplog
+
 namespace vindaro::chrome {
 class HTitleBar;
 class PictureButton;
@@ -54,7 +62,6 @@ namespace vindaro::app {
 
 class BoxPresenter;
 class CopyChoices;
-class OperationLogModel;
 
 // What the main window works with, handed in by whoever creates it.
 struct FrmCopyServices
@@ -64,7 +71,8 @@ struct FrmCopyServices
     copy::DriveFacts& drives;
     BoxPresenter& boxes;
     CopyChoices& choices;
-    OperationLogModel& log;
+    // The run's operation log, shown by the log window (picWatch); every copy-engine entry goes there.
+    oplog::OperationLog& log;
     // The file list's file system: mounted volumes and the desktop's file operations.
     platform::Volumes& volumes;
     platform::Shell& shell;
@@ -82,6 +90,8 @@ struct FrmCopyServices
     std::function<int()> clockSecond = {};
     // The file list's first text: the report on optical drives that are not ready (empty when all are).
     QString fileListText = {};
+    // The file-system and drive changes the log window follows for the whole run; none when null.
+    oplog::ChangeMonitor* changeMonitor = nullptr;
 };
 
 // The main copy window: source and destination, start, pause/continue and cancel, the read and skip
@@ -158,6 +168,8 @@ public:
     chrome::TrayController& tray() { return *m_tray; }
     // The batch window (a copy::FrmCopyAllFiles) while a batch runs, else null.
     QWidget* batchWindow() const { return m_batchWindow; }
+    // The operation log window: loaded hidden with KeepLoaded at start-up, unloaded when the exit goes on.
+    oplog::ui::frmSystem& logWindow() { return *m_logWindow; }
 
 signals:
     void copyJobFinished(int outcome); // a start or continue has run its course on the worker
@@ -195,6 +207,7 @@ private:
     QString destinationText() const;
 
     FrmCopyServices m_services;
+    std::unique_ptr<oplog::ui::frmSystem> m_logWindow; // a window of its own, so a batch leaves it usable
     // What the file list works with; the window's children, which use them, are deleted first.
     std::unique_ptr<files::FileSystem> m_fileSystem;
     std::unique_ptr<files::Prompter> m_ownPrompter;

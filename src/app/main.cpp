@@ -3,7 +3,6 @@
 #include "BoxPresenter.h"
 #include "CopyChoices.h"
 #include "FrmCopy.h"
-#include "OperationLogModel.h"
 #include "QtTranslations.h"
 #include "copy/FileResumeStore.h"
 #include "copy/VolumeDriveFacts.h"
@@ -12,6 +11,9 @@
 #include "drives/TrayJob.h"
 #include "files/FileListModel.h"
 #include "files/ui/FileListController.h"
+#include "oplog/OperationLog.h"
+#include "oplog/PendingLogOnSignal.h"
+#include "platform/linux/InotifyChangeMonitor.h"
 #include "platform/linux/LinuxVolumes.h"
 #include "platform/linux/LocalFileLayer.h"
 #include "platform/linux/ui/LinuxShell.h"
@@ -42,12 +44,15 @@ int main(int argc, char** argv)
     vindaro::copy::VolumeDriveFacts drives(volumes);
     vindaro::app::MessageBoxPresenter boxes;
     vindaro::app::DialogCopyChoices choices(&resumeStore);
-    vindaro::app::OperationLogModel log;
+    vindaro::oplog::OperationLog log;
+    // Ended by SIGTERM, SIGINT or SIGHUP, the program still appends what its log holds to the log file.
+    vindaro::oplog::PendingLogOnSignal pendingLog([&log] { log.writeRunningText(); });
+    vindaro::platform::InotifyChangeMonitor changeMonitor; // the home folder and removable media
     // Unreadable sectors and discs that cannot be opened go to the operation log; the copy's worker thread
-    // tells them.
+    // tells them, and they join the log on the window's thread in the order told.
     files.setLog([&log](const QString& entry) {
         QMetaObject::invokeMethod(
-            &log, [&log, entry] { log.add(entry); }, Qt::QueuedConnection);
+            &log, [&log, entry] { log.GetFileCopyLog(entry); }, Qt::QueuedConnection);
     });
 
     const auto opticalDrives = vindaro::drives::makeSystemOpticalDrives();
@@ -55,6 +60,7 @@ int main(int argc, char** argv)
     // The file list's questions, choosers and the batch copy's questions are the window's own dialogs.
     vindaro::app::FrmCopyServices services{
         files, resumeStore, drives, boxes, choices, log, volumes, shell, opticalDrives};
+    services.changeMonitor = &changeMonitor;
     vindaro::app::FrmCopy window(services);
     window.show();
     QStringList startFiles;

@@ -5,14 +5,15 @@
 #include "app/BoxPresenter.h"
 #include "app/CopyChoices.h"
 #include "app/FrmCopy.h"
-#include "app/OperationLogModel.h"
 #include "copy/ui/FrmCopyAllFiles.h"
+#include "fakes/FakeChangeMonitor.h"
 #include "fakes/FakeCopyHost.h"
 #include "fakes/FakeOpticalDrives.h"
 #include "fakes/FakeShell.h"
 #include "fakes/FakeVolumes.h"
 #include "fakes/MemoryFileLayer.h"
 #include "files/ListPrompts.h"
+#include "oplog/OperationLog.h"
 #include "platform/Volumes.h"
 
 #include <QComboBox>
@@ -114,6 +115,24 @@ public:
     int askBatchExistingFile(const QString&, const QString&, QWidget*) override { return 0; }
 };
 
+// The run's operation log, its entries readable without their stamps.
+struct RigLog : oplog::OperationLog
+{
+    QStringList entries() const
+    {
+        QString text = runningText();
+        QStringList found;
+        if (text.endsWith(QStringLiteral("\r\n")))
+            text.chop(2);
+        if (text.isEmpty())
+            return found;
+        // An entry's continuation lines start with blanks, the next entry with its stamp.
+        for (const QString& entry : text.split(QStringLiteral("\r\n[")))
+            found << entry.mid(entry.indexOf(QStringLiteral("] ")) + 2);
+        return found;
+    }
+};
+
 struct Rig
 {
     MemoryFileLayer files;
@@ -121,7 +140,8 @@ struct Rig
     CdRomDrives drives;
     ScriptedBoxes boxes;
     ScriptedChoices choices;
-    app::OperationLogModel log;
+    RigLog log;
+    FakeChangeMonitor changeMonitor;
     FakeVolumes volumes;
     FakeShell shell;
     std::shared_ptr<FakeOpticalDrives> opticalDrives = std::make_shared<FakeOpticalDrives>();
@@ -141,6 +161,7 @@ struct Rig
         s.trayAvailable = [] { return false; }; // no notification area: the window minimises instead
         s.clockSecond = [this] { return second; };
         s.fileListText = kDriveReport;
+        s.changeMonitor = &changeMonitor;
         return s;
     }
 

@@ -10,6 +10,8 @@
 #include "files/ui/FileListCombo.h"
 #include "files/ui/FileMenu.h"
 #include "info/ui/frmFileProperty.h"
+#include "oplog/LogFile.h"
+#include "oplog/ui/frmSystem.h"
 #include "sysinfo/ui/frmSplash.h"
 
 #include <QApplication>
@@ -231,6 +233,39 @@ TEST(FrmCopyShell, FilesDroppedOnAControlJoinTheList)
 
     ASSERT_EQ(rig.combo()->count(), 1); // the folder is left out
     EXPECT_EQ(rig.combo()->currentText(), path);
+}
+
+// The log window is loaded hidden with the program and follows changes from the start; picWatch shows it,
+// its own close only hides it, and quitting unloads it, which appends the run to the log file.
+TEST(FrmCopyShell, PicWatchShowsTheLogWindowAndQuittingWritesTheLog)
+{
+    Rig rig;
+    oplog::ui::frmSystem& logWindow = rig.frm.logWindow();
+    EXPECT_FALSE(logWindow.isVisible());
+    EXPECT_TRUE(logWindow.KeepLoaded());
+    EXPECT_TRUE(rig.changeMonitor.running());
+
+    rig.click("picWatch");
+    EXPECT_TRUE(logWindow.isVisible());
+    EXPECT_FALSE(logWindow.close());
+    EXPECT_FALSE(logWindow.isVisible());
+    EXPECT_TRUE(rig.changeMonitor.running());
+
+    rig.changeMonitor.deliver({{oplog::kCreate, QStringLiteral("/home/u/a.dat"), {}}});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return rig.log.entries().size() == 1; }, kWaitMs));
+    rig.frm.log(QStringLiteral("取消复制：") + kSource);
+
+    QFile::remove(oplog::defaultLogFilePath());
+    rig.boxes.answers = {platform::kAnswerYes};
+    EXPECT_TRUE(rig.frm.close());
+    EXPECT_TRUE(logWindow.isUnloaded());
+    EXPECT_FALSE(rig.changeMonitor.running());
+    QFile file(oplog::defaultLogFilePath());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString written = QString::fromUtf8(file.readAll());
+    EXPECT_TRUE(written.contains(QStringLiteral("] 创建文件：“/home/u/a.dat”\r\n"))) << written.toStdString();
+    EXPECT_TRUE(written.endsWith(QStringLiteral("] 取消复制：") + kSource + QStringLiteral("\r\n\r\n")))
+        << written.toStdString();
 }
 
 // Left clicks on the horizontal bar: 10 from the left the file menu, 10 from the right close (which asks),

@@ -74,7 +74,7 @@ int main(int argc, char** argv)
     fake::ScriptedBoxes boxes;
     boxes.answers = {platform::kAnswerYes}; // "真的要退出Vindaro吗？"
     fake::ScriptedChoices choices;
-    app::OperationLogModel log;
+    oplog::OperationLog log;
     fake::FakeVolumes volumes;
     fake::FakeShell shell;
     fake::ScriptedListPrompts prompts;
