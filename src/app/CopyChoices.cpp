@@ -6,22 +6,22 @@
 
 namespace vindaro::app {
 
-int DialogCopyChoices::askContinueCopy(const QString& source, const QString& destination, QWidget* parent)
+copy::ContinueChoice DialogCopyChoices::askContinueCopy(
+    const QString& source, const QString& destination, QWidget* parent)
 {
     copy::ContinueCopyDialog dialog(parent);
     copy::ResumeRecord record;
     if (m_resumeStore && m_resumeStore->load(destination, record))
         dialog.setRecord(record);
-    return dialog.Ask(source, destination);
+    return copy::continueChoiceFromCode(dialog.Ask(source, destination));
 }
 
-int DialogCopyChoices::askExistingFile(
-    const QString& source, const QString& destination, QString& newName, QWidget* parent)
+copy::ExistingFileAnswer DialogCopyChoices::askExistingFile(
+    const QString& source, const QString& destination, QWidget* parent)
 {
     copy::ExistingFileDialog dialog(parent);
     const int choice = dialog.Ask(source, destination);
-    newName = dialog.NewName();
-    return choice;
+    return copy::ExistingFileAnswer{copy::existingFileChoiceFromCode(choice), dialog.NewName()};
 }
 
 } // namespace vindaro::app

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "copy/CopyHost.h"
+
 #include <QString>
 
 class QWidget;
@@ -11,15 +13,16 @@ class ResumeStore;
 namespace vindaro::app {
 
 // The two choice dialogs of a copy to an existing destination, behind an interface so that tests answer
-// them without a modal window. Answer codes are those of copy::CopyHost::askContinueCopy and
-// askExistingFile.
+// them without a modal window.
 class CopyChoices
 {
 public:
     virtual ~CopyChoices() = default;
-    virtual int askContinueCopy(const QString& source, const QString& destination, QWidget* parent) = 0;
-    virtual int askExistingFile(
-        const QString& source, const QString& destination, QString& newName, QWidget* parent)
+    virtual copy::ContinueChoice askContinueCopy(
+        const QString& source, const QString& destination, QWidget* parent)
+        = 0;
+    virtual copy::ExistingFileAnswer askExistingFile(
+        const QString& source, const QString& destination, QWidget* parent)
         = 0;
 };
 
@@ -32,9 +35,10 @@ public:
         : m_resumeStore(resumeStore)
     {
     }
-    int askContinueCopy(const QString& source, const QString& destination, QWidget* parent) override;
-    int askExistingFile(
-        const QString& source, const QString& destination, QString& newName, QWidget* parent) override;
+    copy::ContinueChoice askContinueCopy(
+        const QString& source, const QString& destination, QWidget* parent) override;
+    copy::ExistingFileAnswer askExistingFile(
+        const QString& source, const QString& destination, QWidget* parent) override;
 
 private:
     copy::ResumeStore* m_resumeStore; // may be null

@@ -10,9 +10,9 @@
 #include "chrome/ToolTips.h"
 #include "chrome/TrayController.h"
 #include "copy/ProgressFigures.h"
+#include "copy/ThreadedCopyHost.h"
 #include "copy/ui/FrmCopyAllFiles.h"
 #include "copy/ui/ProgressBar.h"
-#include "copy/ui/ThreadedCopyHost.h"
 #include "drives/CdDrivePopup.h"
 #include "drives/TrayJob.h"
 #include "files/FileSystem.h"
@@ -53,24 +53,13 @@
 
 namespace vindaro::app {
 
-const QString FrmCopy::kPauseCaption = QStringLiteral("暂停复制[&S]");
-const QString FrmCopy::kContinueCaption = QStringLiteral("继续复制[&P]");
-
 namespace {
 
 const QString kFileFilters = QStringLiteral("视频VCD文件(*.dat);;视频DVD文件(*.vob);;所有文件(*.*)");
-const QString kIdleBytes = QStringLiteral("0字节");
-const QString kIdleDuration = QStringLiteral("00:00:00");
-const QString kIdleThroughput = QStringLiteral("0KB/秒");
 
 QString blocksText(int value)
 {
     return QString::number(value) + QStringLiteral("块");
-}
-
-int clampToInt(qint64 value)
-{
-    return static_cast<int>(std::clamp<qint64>(value, -1, std::numeric_limits<int>::max()));
 }
 
 template<typename T> T* named(T* widget, const char* name)
@@ -154,10 +143,11 @@ FrmCopy::FrmCopy(const FrmCopyServices& services, QWidget* parent)
     if (!m_services.opticalDrives)
         m_services.opticalDrives = drives::makeSystemOpticalDrives();
 
-    m_worker = std::make_unique<copy::ThreadedCopyHost>(static_cast<copy::CopyHost&>(*this));
-    m_session = std::make_unique<copy::CopySession>(
-        m_state, *m_worker, m_services.files, m_services.resumeStore, m_services.drives);
-    connect(m_worker.get(), &copy::ThreadedCopyHost::jobFinished, this, &FrmCopy::onJobFinished);
+    m_controller
+        = new copy::CopyController(copy::CopyController::Services{m_services.files, m_services.resumeStore,
+                                       m_services.drives, static_cast<copy::CopyPrompts&>(*this),
+                                       [this](const QString& entry) { log(entry); }, m_services.clockSecond},
+            this);
 
     m_fileList
         = new files::FileListController(*m_fileSystem, *m_services.prompter, *m_services.listDialogs, this);
@@ -170,9 +160,7 @@ FrmCopy::FrmCopy(const FrmCopyServices& services, QWidget* parent)
     m_tray = new chrome::TrayController(this, m_services.trayAvailable);
     buildWindow();
 
-    // Start-up: the tick is off until a copy starts; the sliders get their range, then their value.
-    m_tmrTime->setInterval(1000);
-    m_tmrTime->stop();
+    // Start-up: the sliders get their range, then their value.
     m_picProgressBar->setBarColour(palette().color(QPalette::Highlight));
     m_sldReadBlocks->setMaximum(100);
     m_sldReadBlocks->setMinimum(1);
@@ -180,21 +168,31 @@ FrmCopy::FrmCopy(const FrmCopyServices& services, QWidget* parent)
     m_sldSkipBlocks->setMaximum(30);
     m_sldSkipBlocks->setMinimum(1);
     m_sldSkipBlocks->setValue(10);
-    m_state.readBlocks = m_sldReadBlocks->value();
-    m_state.skipBlocks = m_sldSkipBlocks->value();
-    m_skipValue = m_sldSkipBlocks->value();
+    copyState().readBlocks = m_sldReadBlocks->value();
+    copyState().skipBlocks = m_sldSkipBlocks->value();
     m_lblBlock1->setText(blocksText(m_sldReadBlocks->value()));
     m_lblBlock2->setText(blocksText(m_sldSkipBlocks->value()));
-    connect(m_sldReadBlocks, &QSlider::valueChanged, this, &FrmCopy::sldReadBlocksChange);
-    connect(m_sldSkipBlocks, &QSlider::valueChanged, this, &FrmCopy::sldSkipBlocksChange);
+    connect(m_sldReadBlocks, &QSlider::valueChanged, this, [this](int value) {
+        m_lblBlock1->setText(blocksText(value));
+        m_controller->setReadBlocks(value, sourceText(), destinationText());
+    });
+    connect(m_sldSkipBlocks, &QSlider::valueChanged, this, [this](int value) {
+        m_lblBlock2->setText(blocksText(value));
+        m_controller->setSkipBlocks(value);
+    });
+    connect(m_controller, &copy::CopyController::controlsChanged, this, &FrmCopy::showControls);
+    connect(m_controller, &copy::CopyController::figuresChanged, this, &FrmCopy::showFigures);
+    connect(m_controller, &copy::CopyController::progressChanged, m_picProgressBar,
+        &copy::ProgressBar::setProgress);
+    connect(m_controller, &copy::CopyController::barCleared, m_picProgressBar, &copy::ProgressBar::clear);
+    connect(m_controller, &copy::CopyController::jobFinished, this, &FrmCopy::copyJobFinished);
 
     connectFileList();
     connectChrome();
     // The list starts empty; its box shows the report on optical drives that are not ready.
     showStartText(m_services.fileListText);
-    setControlsForCopying(false);
-    resetFigures();
-    m_cmdPauseCopy->setText(kPauseCaption);
+    showControls(m_controller->controls());
+    m_controller->resetFigures();
 
     // Last, once every control exists and has its name.
     attachToolTips();
@@ -205,8 +203,7 @@ FrmCopy::~FrmCopy()
 {
     delete m_batchWindow.data(); // stops its batch after the block in progress
     // A copy still running stops after its block, like a pause: the partial destination stays as it is.
-    m_state.stopRequested = true;
-    m_worker->shutdown();
+    delete m_controller;
     // The children (file list, its box and menu, the tray icon) use the file system and the prompters
     // held here: they go first.
     m_fileList->model().cancelScans();
@@ -285,7 +282,7 @@ void FrmCopy::buildWindow()
     m_optOpenCD = named(new QRadioButton(QStringLiteral("弹出 CD_ROM[&A]")), "optOpenCD");
     m_optCloseCD = named(new QRadioButton(QStringLiteral("关闭 CD_ROM[&Z]")), "optCloseCD");
     m_cmdStartCopy = named(new QPushButton(QStringLiteral("开始复制[&B]")), "cmdStartCopy");
-    m_cmdPauseCopy = named(new QPushButton(kPauseCaption), "cmdPauseCopy");
+    m_cmdPauseCopy = named(new QPushButton(copy::CopyController::kPauseCaption), "cmdPauseCopy");
     m_cmdCancelCopy = named(new QPushButton(QStringLiteral("取消复制[&C]")), "cmdCancelCopy");
     commands->addWidget(m_optOpenCD);
     commands->addSpacing(6);
@@ -340,16 +337,15 @@ void FrmCopy::buildWindow()
         column->addWidget(panel);
     }
 
-    m_tmrTime = named(new QTimer(this), "tmrTime");
-
-    connect(m_cmdStartCopy, &QPushButton::clicked, this, &FrmCopy::cmdStartCopyClick);
-    connect(m_cmdPauseCopy, &QPushButton::clicked, this, &FrmCopy::cmdPauseCopyClick);
-    connect(m_cmdCancelCopy, &QPushButton::clicked, this, &FrmCopy::cmdCancelCopyClick);
+    connect(m_cmdStartCopy, &QPushButton::clicked, this,
+        [this] { m_controller->start(sourceText(), destinationText()); });
+    connect(m_cmdPauseCopy, &QPushButton::clicked, this,
+        [this] { m_controller->pauseOrContinue(sourceText(), destinationText()); });
+    connect(m_cmdCancelCopy, &QPushButton::clicked, this, [this] { m_controller->cancel(); });
     connect(m_cmdSourceFile, &QPushButton::clicked, this, &FrmCopy::cmdSourceFileClick);
     connect(m_cmdDestinationPath, &QPushButton::clicked, this, &FrmCopy::cmdDestinationPathClick);
     connect(m_cmdBackCopy, &QPushButton::clicked, this, &FrmCopy::cmdBackCopyClick);
     connect(m_picSetUp, &QAbstractButton::clicked, this, &FrmCopy::picSetUpClick);
-    connect(m_tmrTime, &QTimer::timeout, this, &FrmCopy::tmrTimeTimer);
     // The destination's tooltip always shows the whole path, however narrow the box.
     connect(m_txtFileCopy, &QLineEdit::textChanged, m_txtFileCopy, &QLineEdit::setToolTip);
 }
@@ -366,7 +362,7 @@ void FrmCopy::connectFileList()
     connect(m_fileList, &files::FileListController::batchCopyRequested, this, &FrmCopy::runBatchCopy);
     connect(m_fileList, &files::FileListController::copyDisplaysReset, this, [this] {
         m_picProgressBar->clear();
-        resetFigures();
+        m_controller->resetFigures();
     });
     // previewStopRequested, previewCloseRequested and previewRequested stay unconnected: the program has
     // no video preview window, so there is nothing to stop, close or play. The allow-preview mark is
@@ -482,38 +478,30 @@ void FrmCopy::runBatchCopy()
     }
 }
 
-// Everything the table of state switches names: on while idle, off while copying; pause, cancel and the
-// one-second tick the other way round.
-void FrmCopy::setControlsForCopying(bool copying)
+// Everything the table of state switches names, as the controller leaves it. The settings panel keeps its
+// button off while it is open: cmdBackCopy gives it back.
+void FrmCopy::showControls(const copy::CopyControls& controls)
 {
-    for (QWidget* w : {static_cast<QWidget*>(m_cmbFileCopy), static_cast<QWidget*>(m_txtFileCopy),
-             static_cast<QWidget*>(m_cmdStartCopy), static_cast<QWidget*>(m_cmdSourceFile),
-             static_cast<QWidget*>(m_cmdDestinationPath), static_cast<QWidget*>(m_picVTitleBar),
+    for (QWidget* w : {static_cast<QWidget*>(m_cmbFileCopy), static_cast<QWidget*>(m_cmdStartCopy),
+             static_cast<QWidget*>(m_cmdSourceFile), static_cast<QWidget*>(m_picVTitleBar),
              static_cast<QWidget*>(m_picRefresh), static_cast<QWidget*>(m_picSearch),
-             static_cast<QWidget*>(m_picSetUp), static_cast<QWidget*>(m_picWatch)})
-        w->setEnabled(!copying);
-    if (m_picture2->isVisibleTo(this))
-        m_picSetUp->setEnabled(false); // the settings panel is open: cmdBackCopy gives it back
-    m_cmdPauseCopy->setEnabled(copying);
-    m_cmdCancelCopy->setEnabled(copying);
-    if (copying)
-        m_tmrTime->start();
-    else
-        m_tmrTime->stop();
+             static_cast<QWidget*>(m_picWatch)})
+        w->setEnabled(controls.idle);
+    m_cmdDestinationPath->setEnabled(controls.destinationEnabled);
+    m_txtFileCopy->setEnabled(controls.destinationEnabled);
+    m_picSetUp->setEnabled(controls.setUpEnabled && !m_picture2->isVisibleTo(this));
+    m_cmdPauseCopy->setText(controls.pauseCaption);
+    m_cmdPauseCopy->setEnabled(controls.pauseEnabled);
+    m_cmdCancelCopy->setEnabled(controls.cancelEnabled);
 }
 
-void FrmCopy::resetFigures()
+void FrmCopy::showFigures(const copy::ProgressTexts& texts)
 {
-    m_lblYiFuZhi->setText(kIdleBytes);
-    m_lblZongJiHaoShi->setText(kIdleDuration);
-    m_lblShengYuShiJian->setText(kIdleDuration);
-    m_lblGuJiXiaoHao->setText(kIdleDuration);
-    m_lblShuJuLiuLiang->setText(kIdleThroughput);
-}
-
-int FrmCopy::currentSecond() const
-{
-    return m_services.clockSecond ? m_services.clockSecond() : QTime::currentTime().second();
+    m_lblYiFuZhi->setText(texts.copied);
+    m_lblZongJiHaoShi->setText(texts.elapsed);
+    m_lblShengYuShiJian->setText(texts.remaining);
+    m_lblGuJiXiaoHao->setText(texts.estimated);
+    m_lblShuJuLiuLiang->setText(texts.throughput);
 }
 
 QString FrmCopy::sourceText() const
@@ -526,7 +514,7 @@ QString FrmCopy::destinationText() const
     return m_txtFileCopy->text();
 }
 
-// ---- copy::CopyHost on the UI thread ----
+// ---- the copy's boxes and dialogs ----
 
 int FrmCopy::showBox(const platform::MessageBox& box)
 {
@@ -538,163 +526,21 @@ void FrmCopy::log(const QString& entry)
     m_logWindow->GetFileCopyLog(entry);
 }
 
-void FrmCopy::enterCopyingState()
-{
-    m_lastSecond = currentSecond(); // the first tick counts from here
-    m_state.stopRequested = false;
-    m_state.cancelRequested = false;
-    m_state.copyRunning = true;
-    m_mode = Mode::Copying;
-    // A running copy offers pause. A pause pressed during the last block, or just before a failure, ends
-    // in idle with "继续复制[&P]" still on the button; the next copy must not start with it.
-    m_cmdPauseCopy->setText(kPauseCaption);
-    setControlsForCopying(true);
-}
-
-void FrmCopy::enterIdleState()
-{
-    m_state.stopRequested = false;
-    m_state.cancelRequested = false;
-    m_state.copyRunning = false;
-    m_state.elapsedSeconds = 0;
-    m_mode = Mode::Idle;
-    setControlsForCopying(false);
-    m_picProgressBar->clear(); // the five figures stay: the final ones remain readable
-}
-
-void FrmCopy::resetAfterCancel()
-{
-    enterIdleState();
-    resetFigures();
-}
-
-void FrmCopy::stopTimer()
-{
-    m_tmrTime->stop();
-}
-
-void FrmCopy::updateProgress(qint64 position, qint64 sourceLength)
-{
-    m_lblYiFuZhi->setText(files::formatBytes(position));
-    m_picProgressBar->setProgress(position, sourceLength);
-}
-
-void FrmCopy::showCopiedBytes(qint64 bytes)
-{
-    m_lblYiFuZhi->setText(files::formatBytes(bytes));
-}
-
-QString FrmCopy::estimatedText()
-{
-    return m_lblGuJiXiaoHao->text();
-}
-
-QString FrmCopy::throughputText()
-{
-    return m_lblShuJuLiuLiang->text();
-}
-
-int FrmCopy::askContinueCopy(const QString& source, const QString& destination)
+copy::ContinueChoice FrmCopy::askContinueCopy(const QString& source, const QString& destination)
 {
     return m_services.choices.askContinueCopy(source, destination, this);
 }
 
-int FrmCopy::askExistingFile(const QString& source, const QString& destination, QString& newName)
+copy::ExistingFileAnswer FrmCopy::askExistingFile(const QString& source, const QString& destination)
 {
-    return m_services.choices.askExistingFile(source, destination, newName, this);
+    return m_services.choices.askExistingFile(source, destination, this);
 }
 
-void FrmCopy::stayPaused()
-{
-    // Too little room to go on: still paused, and the destination may be changed before continuing.
-    m_state.copyRunning = false;
-    m_state.stopRequested = true;
-    m_mode = Mode::Paused;
-    m_cmdPauseCopy->setText(kContinueCaption);
-    m_cmdPauseCopy->setEnabled(true);
-    m_cmdCancelCopy->setEnabled(false);
-    m_cmdDestinationPath->setEnabled(true);
-    m_txtFileCopy->setEnabled(true);
-}
-
-// ---- the one-second tick ----
-
-void FrmCopy::tmrTimeTimer()
-{
-    const int now = currentSecond();
-    m_state.elapsedSeconds += copy::tickDelta(now, m_lastSecond);
-    m_lastSecond = now;
-    const qint64 elapsed = m_state.elapsedSeconds;
-    const copy::ProgressFigures figures
-        = copy::computeFigures(m_state.position, m_state.sourceLength, elapsed);
-    m_state.remainingSeconds = clampToInt(figures.remainingSeconds);
-    m_state.estimatedSeconds = clampToInt(figures.estimatedSeconds);
-    m_lblZongJiHaoShi->setText(copy::durationText(elapsed));
-    m_lblShengYuShiJian->setText(copy::durationText(figures.remainingSeconds));
-    m_lblGuJiXiaoHao->setText(copy::durationText(figures.estimatedSeconds));
-    m_lblShuJuLiuLiang->setText(files::formatKBps(figures.kilobytesPerSecond));
-}
-
-// ---- buttons and sliders ----
-
-void FrmCopy::cmdStartCopyClick()
-{
-    const QString source = sourceText();
-    const QString destination = destinationText();
-    m_worker->run([this, source, destination] { return int(m_session->startCopy(source, destination)); });
-}
-
-void FrmCopy::cmdPauseCopyClick()
-{
-    if (m_cmdPauseCopy->text() == kPauseCaption) {
-        m_state.copyRunning = false;
-        m_state.stopRequested = true;
-        m_mode = Mode::Paused;
-        m_cmdPauseCopy->setText(kContinueCaption);
-        m_cmdCancelCopy->setEnabled(false);
-        m_picSetUp->setEnabled(true);
-        // The loop leaves after the block in progress, which may hang on a bad sector: continuing is
-        // offered once it has left, so that two loops never run at once.
-        if (m_worker->isBusy())
-            m_cmdPauseCopy->setEnabled(false);
-        return;
-    }
-    if (m_worker->isBusy())
-        return;
-    m_state.copyRunning = true;
-    m_state.stopRequested = false;
-    m_mode = Mode::Copying;
-    m_cmdPauseCopy->setText(kPauseCaption);
-    m_cmdCancelCopy->setEnabled(true);
-    const QString source = sourceText();
-    const QString destination = destinationText();
-    m_worker->run([this, source, destination] { return int(m_session->resumeCopy(source, destination)); });
-}
-
-void FrmCopy::cmdCancelCopyClick()
-{
-    // The loop leaves after the block in progress and asks whether to delete the partial destination.
-    m_state.stopRequested = true;
-    m_state.cancelRequested = true;
-}
-
-void FrmCopy::onJobFinished(int outcome)
-{
-    if (m_mode == Mode::Paused) {
-        m_state.copyRunning = false;
-        m_cmdPauseCopy->setText(kContinueCaption);
-        m_cmdPauseCopy->setEnabled(true);
-    } else if (m_mode == Mode::Copying) {
-        // The engine ended without a switch of its own (it always makes one today): never leave the
-        // window believing a copy runs, or it could not be closed.
-        enterIdleState();
-    }
-    emit copyJobFinished(outcome);
-}
+// ---- buttons ----
 
 void FrmCopy::cmdSourceFileClick()
 {
-    resetFigures();
+    m_controller->resetFigures();
     m_picProgressBar->clear();
     m_fileList->commands().AddFromFileChooser(); // empties the list, then fills it from the open dialog
 }
@@ -719,38 +565,15 @@ void FrmCopy::cmdBackCopyClick()
 {
     m_picture2->hide();
     m_picture1->show();
-    if (m_mode != Mode::Copying)
+    if (mode() != Mode::Copying)
         m_picSetUp->setEnabled(true);
-}
-
-void FrmCopy::sldReadBlocksChange(int value)
-{
-    m_lblBlock1->setText(blocksText(value));
-    m_state.readBlocks = value;
-    // A running loop keeps its step until its next pass; the skip distances use the new size at once.
-    m_session->computeBlockBytes(sourceText(), destinationText());
-}
-
-// The manual skip: moving the slider up by n moves the copy on by n blocks, whether paused (it takes
-// effect when the copy continues) or copying (from the next block read; the block in progress ends
-// where it began). Moving it down only sets the distance of later skips: the copy never steps back
-// onto a stretch that was just jumped. While idle only the distance is kept, since every copy sets its
-// own start position.
-void FrmCopy::sldSkipBlocksChange(int value)
-{
-    m_lblBlock2->setText(blocksText(value));
-    const int change = value - m_skipValue;
-    m_skipValue = value;
-    m_state.skipBlocks = value;
-    if (change > 0 && m_mode != Mode::Idle)
-        m_state.position += qint64(change) * m_state.blockBytes;
 }
 
 void FrmCopy::closeEvent(QCloseEvent* event)
 {
     // Refused without a word while a copy or a batch runs; a copy already told to cancel may be quit,
     // since its block in progress may hang in a read for minutes on a scratched disc.
-    if ((m_state.copyRunning && !m_state.cancelRequested) || m_batchWindow) {
+    if (!m_controller->mayQuit() || m_batchWindow) {
         event->ignore();
         return;
     }
@@ -764,16 +587,9 @@ void FrmCopy::closeEvent(QCloseEvent* event)
         event->ignore();
         return;
     }
-    // A paused copy leaves its record, so it can be continued after the program has ended. When the
-    // block in progress still hangs in a read (paused or cancelled), the worker is abandoned: from here on
-    // it writes nothing, the partial file is kept with its record (the delete question was never
-    // answered), and the process ends without waiting for it (exitStatusAfterRun).
-    if (m_mode == Mode::Paused || m_worker->isBusy()) {
-        copy::BlockCopier& copier = m_session->copier();
-        copier.abandon();
-        copier.saveRecordOnQuit();
-        m_workerAbandoned = m_worker->isBusy();
-    }
+    // A paused copy leaves its record; a copy stuck in a read is abandoned with its record, and the
+    // process ends without waiting for it (exitStatusAfterRun).
+    m_controller->quit();
     m_tray->removeIcon();
     // The log window closes for good and appends the run's entries to the log file.
     m_logWindow->setKeepLoaded(false);

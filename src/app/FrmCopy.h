@@ -1,8 +1,7 @@
 #pragma once
 
-#include "copy/CopyHost.h"
-#include "copy/CopySession.h"
-#include "copy/CopyState.h"
+#include "copy/CopyController.h"
+#include "platform/Host.h"
 
 #include <QWidget>
 
@@ -97,17 +96,15 @@ struct FrmCopyServices
 // The main copy window: source and destination, start, pause/continue and cancel, the read and skip
 // sliders on the settings panel, and the progress figures.
 //
-// The copy itself runs on a worker thread (copy::ThreadedCopyHost); this window is the copy::CopyHost on
-// the UI thread that the worker's calls arrive at. Buttons, sliders and the one-second tick act on the
-// shared copy::CopyState, which the block loop reads between blocks.
+// The copy itself belongs to a copy::CopyController (the copy state, the worker thread, pause, cancel,
+// the clock); this window lays out the copy area, hands the clicks to it and shows what it says.
 //
 // Around the copy area: the file list (files::FileListController) with its file menu, status bars and drops,
 // the title bars and picture buttons with their balloon tips, the CD-ROM option buttons and menu, the tray
-// icon, and the batch copy of the whole list (copy::FrmCopyAllFiles), during which this window is disabled.
+// icon, and the batch copy of the whole list (FrmCopyAllFiles), during which this window is disabled.
 //
-// Modes: idle, copying, paused. Exit is refused without a word while copying or while a batch runs, and
-// asked about otherwise.
-class FrmCopy : public QWidget, public copy::CopyHost
+// Exit is refused without a word while copying or while a batch runs, and asked about otherwise.
+class FrmCopy : public QWidget, public platform::Host, private copy::CopyPrompts
 {
     Q_OBJECT
 
@@ -115,42 +112,21 @@ public:
     // The first text of the file list's box (the optical-drive report, which start-up asks for in the
     // background because a damaged disc can take seconds to answer); ignored once the box has a text.
     void showStartText(const QString& text);
-    enum class Mode
-    {
-        Idle,
-        Copying,
-        Paused
-    };
-
-    static const QString kPauseCaption; // "暂停复制[&S]"
-    static const QString kContinueCaption; // "继续复制[&P]"
+    using Mode = copy::CopyController::Mode;
 
     explicit FrmCopy(const FrmCopyServices& services, QWidget* parent = nullptr);
     ~FrmCopy() override;
 
-    copy::CopyState& copyState() { return m_state; }
-    copy::CopySession& session() { return *m_session; }
-    copy::ThreadedCopyHost& worker() { return *m_worker; }
-    Mode mode() const { return m_mode; }
+    copy::CopyController& controller() { return *m_controller; }
+    copy::CopyState& copyState() { return m_controller->state(); }
+    copy::CopySession& session() { return m_controller->session(); }
+    copy::ThreadedCopyHost& worker() { return m_controller->worker(); }
+    Mode mode() const { return m_controller->mode(); }
 
-    // copy::CopyHost, on the UI thread.
+    // platform::Host, for the file system's notices; and the copy's boxes.
     int showBox(const platform::MessageBox& box) override;
     void log(const QString& entry) override;
     void yield() override { }
-    void enterCopyingState() override;
-    void enterIdleState() override;
-    void resetAfterCancel() override;
-    void stopTimer() override;
-    void updateProgress(qint64 position, qint64 sourceLength) override;
-    void showCopiedBytes(qint64 bytes) override;
-    QString estimatedText() override;
-    QString throughputText() override;
-    int askContinueCopy(const QString& source, const QString& destination) override;
-    int askExistingFile(const QString& source, const QString& destination, QString& newName) override;
-    void stayPaused() override;
-
-    // The one-second tick of tmrTime: elapsed, remaining, estimated and throughput figures.
-    void tmrTimeTimer();
 
     // Pop-up menus: kind 0 the file menu, kind 1 the CD-ROM menu, at globalPos.
     enum PopupKind
@@ -162,7 +138,7 @@ public:
 
     // The window was closed while its copy hung in a read: the worker thread was abandoned (it writes
     // nothing more) and cannot be joined, so the process must end without destroying this window.
-    bool workerAbandoned() const { return m_workerAbandoned; }
+    bool workerAbandoned() const { return m_controller->workerAbandoned(); }
 
     files::FileListController& fileList() { return *m_fileList; }
     chrome::TrayController& tray() { return *m_tray; }
@@ -184,25 +160,22 @@ private:
     void connectFileList();
     void connectChrome();
     void attachToolTips();
-    void setControlsForCopying(bool copying);
-    void resetFigures();
-    void onJobFinished(int outcome);
+    void showControls(const copy::CopyControls& controls);
+    void showFigures(const copy::ProgressTexts& texts);
 
-    void cmdStartCopyClick();
-    void cmdPauseCopyClick();
-    void cmdCancelCopyClick();
+    // copy::CopyPrompts
+    copy::ContinueChoice askContinueCopy(const QString& source, const QString& destination) override;
+    copy::ExistingFileAnswer askExistingFile(const QString& source, const QString& destination) override;
+
     void cmdSourceFileClick();
     void cmdDestinationPathClick();
     void picSetUpClick();
     void cmdBackCopyClick();
-    void sldReadBlocksChange(int value);
-    void sldSkipBlocksChange(int value);
     void optCDClick(bool open);
     void showAboutWindow();
     void showSearchWindow();
     void runBatchCopy();
 
-    int currentSecond() const;
     QString sourceText() const;
     QString destinationText() const;
 
@@ -213,13 +186,7 @@ private:
     std::unique_ptr<files::Prompter> m_ownPrompter;
     std::unique_ptr<files::ListDialogs> m_ownListDialogs;
     std::unique_ptr<copy::BatchPrompts> m_ownBatchPrompts; // keeps the last batch folder for the run
-    copy::CopyState m_state;
-    std::unique_ptr<copy::ThreadedCopyHost> m_worker; // the engine's host on the worker thread
-    std::unique_ptr<copy::CopySession> m_session;
-    Mode m_mode = Mode::Idle;
-    int m_lastSecond = 0; // second of the minute at the previous tick
-    int m_skipValue = 10; // the skip slider's value before its latest move
-    bool m_workerAbandoned = false;
+    copy::CopyController* m_controller = nullptr; // a child
 
     files::FileListController* m_fileList = nullptr; // a child
     chrome::TrayController* m_tray = nullptr; // a child
@@ -261,7 +228,6 @@ private:
     QLabel* m_lblShengYuShiJian = nullptr;
     QLabel* m_lblGuJiXiaoHao = nullptr;
     QLabel* m_lblShuJuLiuLiang = nullptr;
-    QTimer* m_tmrTime = nullptr;
 };
 
 // What main() answers once the event loop has returned. When `window` abandoned a worker stuck in a read,

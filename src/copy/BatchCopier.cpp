@@ -33,6 +33,20 @@ bool isSameFile(const QString& source, const QString& destination)
 
 } // namespace
 
+BatchExistingChoice batchExistingChoiceFromCode(int code)
+{
+    switch (code) {
+    case 1:
+        return BatchExistingChoice::Overwrite;
+    case 2:
+        return BatchExistingChoice::OverwriteAll;
+    case 3:
+        return BatchExistingChoice::KeepBoth;
+    default:
+        return BatchExistingChoice::EndBatch;
+    }
+}
+
 void FolderDriveFacts::forget()
 {
     m_types.clear();
@@ -135,7 +149,7 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
         }
         length = std::max<qint64>(0, length);
         if (__builtin_add_overflow(total, length, &total)) {
-            m_host.showBox(msg::tooManyFilesNotice());
+            m_host.notify(msg::tooManyFilesNotice());
             return result;
         }
         batchFiles << entry;
@@ -157,12 +171,12 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
     if (!isNetworkPath(folder)) {
         const double free = m_drives.freeBytes(folder);
         if (free < 0) {
-            m_host.showBox(msg::invalidDestinationNotice());
+            m_host.notify(msg::invalidDestinationNotice());
             return result;
         }
         if (free < double(total)) {
             const int answer
-                = m_host.showBox(msg::batchLowSpaceQuestion(m_drives.driveName(folder), free, total));
+                = m_host.ask(msg::batchLowSpaceQuestion(m_drives.driveName(folder), free, total));
             if (answer != platform::kAnswerYes)
                 return result;
         }
@@ -222,7 +236,6 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
         }
         if (stop)
             break;
-        m_host.yield();
     }
     // A file's end checks its close alone (a sync after each of thousands of small files would cost more
     // than the copy), so a write-back failure may still come: one sync of each file system written to
@@ -232,7 +245,7 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
         synced = m_files.syncFileSystem(written);
         if (!synced.ok()) {
             result.syncFailed = true;
-            m_host.showBox(msg::batchSyncFailure(written, synced.error, synced.description));
+            m_host.notify(msg::batchSyncFailure(written, synced.error, synced.description));
             break;
         }
     }
@@ -240,7 +253,7 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
         for (const QString& finished : std::as_const(finishedDestinations))
             m_resumeStore.remove(finished);
     }
-    m_host.stopTimer();
+    m_host.modeChanged(CopyMode::Stopped);
     m_host.stopAnimation();
     m_state.stopRequested = false;
     m_state.cancelRequested = false;
@@ -277,12 +290,12 @@ CopyOutcome BatchCopier::copyOneFile(
         }
         ResumeRecord record;
         if (m_resumeStore.load(destination, record)) {
-            const int answer = m_host.askContinueCopy(source, destination);
-            if (answer == 1) {
+            const ContinueChoice answer = m_host.askContinueCopy(source, destination);
+            if (answer == ContinueChoice::StartOver) {
                 m_files.truncate(destination);
                 return startAt(source, destination, 1);
             }
-            if (answer == 2) {
+            if (answer == ContinueChoice::Continue) {
                 m_state.elapsedSeconds = record.elapsedSeconds;
                 // A single copy's merge into this file goes on as a merge.
                 applyContinuePositions(record, destination, m_files, m_state);
@@ -293,15 +306,14 @@ CopyOutcome BatchCopier::copyOneFile(
             m_state.stopRequested = true;
             return CopyOutcome::NotStarted;
         }
-        const int choice = m_host.askBatchExistingFile(source, destination);
-        switch (choice) {
-        case 2:
+        switch (m_host.askBatchExistingFile(source, destination)) {
+        case BatchExistingChoice::OverwriteAll:
             m_overwriteAll = true;
             [[fallthrough]];
-        case 1:
+        case BatchExistingChoice::Overwrite:
             m_files.truncate(destination);
             return startAt(source, destination, 1);
-        case 3: {
+        case BatchExistingChoice::KeepBoth: {
             IoResult io;
             if (m_files.length(source, io) == m_files.length(destination, io)) {
                 skipThisFile = true;
@@ -312,10 +324,11 @@ CopyOutcome BatchCopier::copyOneFile(
             destination = folderOf(destination) + QStringLiteral("N[01]") + fileNameOf(destination);
             continue;
         }
-        default:
-            m_state.stopRequested = true;
-            return CopyOutcome::NotStarted;
+        case BatchExistingChoice::EndBatch:
+            break;
         }
+        m_state.stopRequested = true;
+        return CopyOutcome::NotStarted;
     }
 }
 

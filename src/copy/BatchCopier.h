@@ -10,15 +10,25 @@
 
 namespace vindaro::copy {
 
+// The batch's existing-file dialog: a destination without a resume record.
+enum class BatchExistingChoice
+{
+    EndBatch,
+    Overwrite,
+    OverwriteAll, // this one and every later one
+    KeepBoth, // the copy beside it, as "N[01]" and its name (nothing when both have one length)
+};
+
+// The batch dialog's codes: 1 overwrite, 2 overwrite all, 3 keep both; anything else ends the batch.
+BatchExistingChoice batchExistingChoiceFromCode(int code);
+
 // What the batch needs of its window beyond a single copy's host.
 class BatchHost : public CopyHost
 {
 public:
     // The folder chooser shown together with the same-folder option; empty when the user cancelled.
     virtual QString chooseBatchFolder(bool& copyToSameDir) = 0;
-    // An existing destination without a resume record: 1 overwrite it, 2 overwrite it and every later one,
-    // 3 keep both, anything else ends the batch.
-    virtual int askBatchExistingFile(const QString& source, const QString& destination) = 0;
+    virtual BatchExistingChoice askBatchExistingFile(const QString& source, const QString& destination) = 0;
     virtual void startAnimation() = 0;
     virtual void stopAnimation() = 0;
     // The labels of the file in hand: "从“…”", "到“…”", "i/n ]" and "[ 总共：…".

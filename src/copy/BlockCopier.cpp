@@ -41,37 +41,44 @@ CopyOutcome BlockCopier::mergeBlocks(const QString& source, const QString& desti
 
 void BlockCopier::enterCopyingState()
 {
-    m_state.stopRequested = false;
-    m_state.cancelRequested = false;
+    // A cancel held by the host (Ctrl-C during the preparation, a batch's delayed cancel) survives the
+    // start of every file.
+    const bool held = m_state.cancelHeld;
+    m_state.stopRequested = held;
+    m_state.cancelRequested = held;
     m_state.copyRunning = true;
-    m_host.enterCopyingState();
+    m_host.modeChanged(CopyMode::Copying);
 }
 
 bool BlockCopier::askToRetry(bool merge)
 {
-    if (m_host.showBox(msg::retryQuestion(merge)) != platform::kAnswerYes)
+    if (m_host.ask(msg::retryQuestion(merge)) != platform::kAnswerYes)
         return false;
     enterCopyingState();
     return true;
 }
 
+void BlockCopier::clearFlags()
+{
+    const bool held = m_state.cancelHeld;
+    m_state.stopRequested = held;
+    m_state.cancelRequested = held;
+    m_state.copyRunning = false;
+}
+
 void BlockCopier::enterIdleState()
 {
-    m_state.stopRequested = false;
-    m_state.cancelRequested = false;
-    m_state.copyRunning = false;
+    clearFlags();
     if (!m_batch)
         m_state.elapsedSeconds = 0; // a batch moves the file's seconds to its total itself
-    m_host.enterIdleState();
+    m_host.modeChanged(CopyMode::Idle);
 }
 
 void BlockCopier::resetAfterCancel()
 {
-    m_state.stopRequested = false;
-    m_state.cancelRequested = false;
-    m_state.copyRunning = false;
+    clearFlags();
     m_state.elapsedSeconds = 0;
-    m_host.resetAfterCancel();
+    m_host.modeChanged(CopyMode::IdleAfterCancel);
 }
 
 void BlockCopier::noteWritten(qint64 position, qint64 mergePosition)
@@ -301,7 +308,7 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
                     }
                 }
             }
-            m_host.updateProgress(position, sourceLength);
+            m_host.progress(position, sourceLength);
             m_state.position += step; // added, not stored: a manual skip made meanwhile adds up
             if (merge)
                 m_state.mergePosition += step;
@@ -311,7 +318,6 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
             } else {
                 noteWritten(m_state.position, m_state.mergePosition);
             }
-            m_host.yield();
             if (m_state.position >= sourceLength - step) {
                 const Flush flushed = writeRun();
                 if (flushed == Flush::Abandoned)
@@ -421,7 +427,7 @@ bool BlockCopier::onFailure(const IoResult& io, IoSide side, const QString& sour
     if (side == IoSide::Destination)
         saveResumeRecord(destination);
     if (m_batch)
-        m_host.stopTimer();
+        m_host.modeChanged(CopyMode::Stopped);
 
     const Action action = actionFor(error.failure, m_batch);
     switch (action) {
@@ -431,7 +437,6 @@ bool BlockCopier::onFailure(const IoResult& io, IoSide side, const QString& sour
         m_state.position += blocks * m_state.blockBytes;
         noteWritten(m_state.position, m_state.mergePosition); // the stretch is left out on purpose
         ++m_skips;
-        m_host.yield();
         if (m_state.position <= m_state.sourceLength) {
             if (!m_batch)
                 m_host.log(msg::skippedEntry(m_state.position)); // a batch logs no skipped block
@@ -457,7 +462,7 @@ bool BlockCopier::onFailure(const IoResult& io, IoSide side, const QString& sour
         enterIdleState();
         if (!texts.cause.isEmpty())
             m_host.log(msg::errorEntry(source, destination, merge, texts.cause));
-        m_host.showBox(text::box(texts.box, msg::errorBoxTitle(merge), BoxIcon::Critical));
+        m_host.notify(text::box(texts.box, msg::errorBoxTitle(merge), BoxIcon::Critical));
         outcome = CopyOutcome::Failed;
         return true;
     }
@@ -468,7 +473,7 @@ bool BlockCopier::onFailure(const IoResult& io, IoSide side, const QString& sour
         enterIdleState();
         outcome = CopyOutcome::Failed;
         if (error.failure == Failure::Described)
-            m_host.showBox(text::box(msg::describedFailure(error.code, error.description),
+            m_host.notify(text::box(msg::describedFailure(error.code, error.description),
                 msg::errorBoxTitle(false), BoxIcon::Critical));
         return true;
     case Action::EndBatchKeepRecord:
@@ -496,24 +501,24 @@ CopyOutcome BlockCopier::finish(
     }
     const qint64 sourceLength = m_state.sourceLength;
     if (showCopied)
-        m_host.showCopiedBytes(sourceLength);
+        m_host.progress(sourceLength, sourceLength);
     enterIdleState();
-    m_host.log(msg::finishedEntry(
-        source, destination, sourceLength, merge, m_host.estimatedText(), m_host.throughputText()));
-    m_host.showBox(msg::finishedNotice(source, destination, merge));
+    m_host.log(msg::finishedEntry(source, destination, sourceLength, merge, m_state.meter.estimatedText(),
+        m_state.meter.throughputText()));
+    m_host.notify(msg::finishedNotice(source, destination, merge));
     return m_skips > 0 ? CopyOutcome::FinishedWithSkips : CopyOutcome::Finished;
 }
 
 CopyOutcome BlockCopier::onStop(const QString& source, const QString& destination, bool merge)
 {
-    m_host.stopTimer();
+    m_host.modeChanged(CopyMode::Stopped);
     if (!m_state.cancelRequested)
         return CopyOutcome::Paused; // the copy goes on later from `position`
     if (m_batch)
         return CopyOutcome::Cancelled; // the batch keeps the file and saves its record
 
     m_host.log(msg::cancelledEntry(source, merge));
-    if (m_host.showBox(msg::deletePartialQuestion(destination)) == platform::kAnswerYes) {
+    if (m_host.ask(msg::deletePartialQuestion(destination)) == platform::kAnswerYes) {
         resetAfterCancel();
         m_files.remove(destination);
         m_resumeStore.remove(destination); // a record for a file that is gone would only mislead

@@ -84,6 +84,7 @@ private:
     // A batch ends after this file: stopRequested set, with cancelRequested when the file's record is kept.
     bool endBatch(bool keepRecord, CopyOutcome& outcome);
     bool askToRetry(bool merge); // true: the user wants the block read again (the window is copying)
+    void clearFlags(); // the copy is over: no stop asked, unless the host holds a cancel
     void enterIdleState();
     void resetAfterCancel();
 

@@ -36,6 +36,36 @@ bool isSameFile(const QString& source, const QString& destination)
 
 } // namespace
 
+ContinueChoice continueChoiceFromCode(int code)
+{
+    switch (code) {
+    case 1:
+        return ContinueChoice::StartOver;
+    case 2:
+        return ContinueChoice::Continue;
+    default:
+        return ContinueChoice::GiveUp;
+    }
+}
+
+ExistingFileChoice existingFileChoiceFromCode(int code)
+{
+    switch (code) {
+    case 1:
+        return ExistingFileChoice::Overwrite;
+    case 2:
+        return ExistingFileChoice::Append;
+    case 3:
+        return ExistingFileChoice::Merge;
+    case 4:
+        return ExistingFileChoice::Delete;
+    case 5:
+        return ExistingFileChoice::Rename;
+    default:
+        return ExistingFileChoice::GiveUp;
+    }
+}
+
 bool DriveFacts::sourceDiscNotReady(const QString& path)
 {
     return driveType(path) == platform::kDriveCdRom && !driveIsReady(path);
@@ -164,7 +194,7 @@ bool CopySession::refuseSameFile(const QString& source, const QString& destinati
 {
     if (!isSameFile(source, destination))
         return false;
-    m_host.showBox(msg::sameFileNotice());
+    m_host.notify(msg::sameFileNotice());
     return true;
 }
 
@@ -184,7 +214,7 @@ CopyOutcome CopySession::startOver(const QString& source, const QString& destina
 CopyOutcome CopySession::startCopy(const QString& source, const QString& destination)
 {
     if (source.trimmed().isEmpty() || destination.trimmed().isEmpty()) {
-        m_host.showBox(msg::emptyPathsNotice());
+        m_host.notify(msg::emptyPathsNotice());
         return CopyOutcome::NotStarted;
     }
 
@@ -194,13 +224,13 @@ CopyOutcome CopySession::startCopy(const QString& source, const QString& destina
         m_state.sourceLength = sourceLength;
         const double free = m_drives.freeBytes(destination);
         if (free < 0) {
-            m_host.showBox(msg::invalidDestinationNotice());
+            m_host.notify(msg::invalidDestinationNotice());
             return CopyOutcome::NotStarted;
         }
         if (double(sourceLength) > free) {
             logLowSpace(source, destination, free, sourceLength);
             const int answer
-                = m_host.showBox(msg::lowSpaceQuestion(m_drives.driveName(destination), free, sourceLength));
+                = m_host.ask(msg::lowSpaceQuestion(m_drives.driveName(destination), free, sourceLength));
             if (answer != platform::kAnswerYes)
                 return CopyOutcome::NotStarted;
         }
@@ -224,10 +254,10 @@ CopyOutcome CopySession::existingDestination(const QString& source, QString dest
         ResumeRecord record;
         const bool hasRecord = m_resumeStore.load(destination, record);
         if (hasRecord) {
-            const int answer = m_host.askContinueCopy(source, destination);
-            if (answer == 1)
+            const ContinueChoice answer = m_host.askContinueCopy(source, destination);
+            if (answer == ContinueChoice::StartOver)
                 return startOver(source, destination);
-            if (answer != 2)
+            if (answer != ContinueChoice::Continue)
                 return CopyOutcome::NotStarted;
             // A merge goes on as a merge: a plain copy from its read position would write the wrong part
             // of the source over the user's own bytes.
@@ -238,27 +268,26 @@ CopyOutcome CopySession::existingDestination(const QString& source, QString dest
             return run(source, destination, record.merge);
         }
 
-        QString newName;
-        const int choice = m_host.askExistingFile(source, destination, newName);
+        const ExistingFileAnswer answer = m_host.askExistingFile(source, destination);
         IoResult io;
-        switch (choice) {
-        case 1:
+        switch (answer.choice) {
+        case ExistingFileChoice::Overwrite:
             return startOver(source, destination);
-        case 2:
+        case ExistingFileChoice::Append:
             m_state.position = std::max<qint64>(1, m_files.length(destination, io));
             enterCopyingState();
             return run(source, destination, false);
-        case 3:
+        case ExistingFileChoice::Merge:
             m_state.position = 1;
             m_state.mergePosition = m_files.length(destination, io) + 1;
             enterCopyingState();
             return run(source, destination, true);
-        case 4:
+        case ExistingFileChoice::Delete:
             m_files.remove(destination);
             m_resumeStore.remove(destination);
             return CopyOutcome::NotStarted;
-        case 5: {
-            newName = newName.trimmed();
+        case ExistingFileChoice::Rename: {
+            const QString newName = answer.newName.trimmed();
             if (newName.isEmpty() || newName.contains(QLatin1Char('/')))
                 return CopyOutcome::NotStarted;
             destination = folderOf(destination) + newName;
@@ -269,9 +298,10 @@ CopyOutcome CopySession::existingDestination(const QString& source, QString dest
             enterCopyingState();
             return run(source, destination, false);
         }
-        default:
-            return CopyOutcome::NotStarted;
+        case ExistingFileChoice::GiveUp:
+            break;
         }
+        return CopyOutcome::NotStarted;
     }
 }
 
@@ -291,18 +321,18 @@ CopyOutcome CopySession::resumeCopy(const QString& source, const QString& destin
     const auto stayPaused = [this] {
         m_state.copyRunning = false;
         m_state.stopRequested = true;
-        m_host.stayPaused();
+        m_host.modeChanged(CopyMode::StayPaused);
         return CopyOutcome::Paused;
     };
     if (free < 0) {
         // The destination was changed to a path with no drive: say so and stay paused.
-        m_host.showBox(msg::invalidDestinationNotice());
+        m_host.notify(msg::invalidDestinationNotice());
         return stayPaused();
     }
     if (double(sourceLength - m_state.position) > free) {
         logLowSpace(source, destination, free, sourceLength);
-        const int answer = m_host.showBox(
-            msg::lowSpaceOnResumeQuestion(m_drives.driveName(destination), free, sourceLength));
+        const int answer
+            = m_host.ask(msg::lowSpaceOnResumeQuestion(m_drives.driveName(destination), free, sourceLength));
         if (answer != platform::kAnswerYes)
             return stayPaused();
         enterCopyingState();
@@ -317,7 +347,7 @@ CopyOutcome CopySession::resumeCopy(const QString& source, const QString& destin
         return run(source, destination, false);
     }
 
-    const int answer = m_host.showBox(msg::overwriteOrAppendQuestion(destination));
+    const int answer = m_host.ask(msg::overwriteOrAppendQuestion(destination));
     if (answer == platform::kAnswerYes) {
         if (refuseSameFile(source, destination))
             return stayPaused(); // another destination can be chosen before continuing

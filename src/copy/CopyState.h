@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ProgressMeter.h"
+
 #include <QtGlobal>
 
 #include <atomic>
@@ -18,11 +20,12 @@ struct CopyState
     std::atomic<int> readBlocks{10}; // value of the read slider, 1..100
     std::atomic<int> skipBlocks{10}; // value of the skip slider, 1..30
     std::atomic<int> elapsedSeconds{0}; // counted by the one-second tick
-    std::atomic<int> remainingSeconds{0};
-    std::atomic<int> estimatedSeconds{0};
     std::atomic<bool> stopRequested{false}; // the loop leaves at its next round (pause and cancel)
     std::atomic<bool> cancelRequested{false}; // leaving is a cancellation
     std::atomic<bool> copyRunning{false}; // not while paused or idle; exit is refused while true
+    // A cancel the host holds over the engine's own switches (Ctrl-C during the preparation, a batch's
+    // cancel): every start and end of a file asks for the stop again. Set by the host, cleared by it.
+    std::atomic<bool> cancelHeld{false};
 
     // Set by the engine as it goes, read by whoever must save a record while the loop is stuck in a read:
     // every write before these positions has returned success (a skipped stretch counts as done).
@@ -31,6 +34,9 @@ struct CopyState
     std::atomic<bool> merging{false}; // the copy in hand is a merge
     // The program is ending without waiting for the loop: it must not write another byte.
     std::atomic<bool> abandoned{false};
+
+    // The figures of the copy as shown, ticked once a second by the host; the finish entry names them.
+    ProgressMeter meter{*this};
 };
 
 } // namespace vindaro::copy

@@ -57,8 +57,11 @@ public:
 class ScriptedChoices final : public app::CopyChoices
 {
 public:
-    int askContinueCopy(const QString&, const QString&, QWidget*) override { return 0; }
-    int askExistingFile(const QString&, const QString&, QString&, QWidget*) override { return 0; }
+    copy::ContinueChoice askContinueCopy(const QString&, const QString&, QWidget*) override
+    {
+        return copy::ContinueChoice::GiveUp;
+    }
+    copy::ExistingFileAnswer askExistingFile(const QString&, const QString&, QWidget*) override { return {}; }
 };
 
 // Every path is on a ready optical drive with room to spare.
@@ -111,8 +114,14 @@ public:
             onChooseFolder();
         return folder;
     }
-    int askContinueCopy(const QString&, const QString&, QWidget*) override { return 0; }
-    int askBatchExistingFile(const QString&, const QString&, QWidget*) override { return 0; }
+    copy::ContinueChoice askContinueCopy(const QString&, const QString&, QWidget*) override
+    {
+        return copy::ContinueChoice::GiveUp;
+    }
+    copy::BatchExistingChoice askBatchExistingFile(const QString&, const QString&, QWidget*) override
+    {
+        return copy::BatchExistingChoice::EndBatch;
+    }
 };
 
 // The run's operation log, its entries readable without their stamps.

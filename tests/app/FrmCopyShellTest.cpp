@@ -112,7 +112,7 @@ TEST(FrmCopyShell, ChosenFilesFillTheListAndTheFirstIsCopied)
     const QString second = listed.make(rig, QStringLiteral("AVSEQ02.DAT"));
     ASSERT_NE(dynamic_cast<files::FileListCombo*>(rig.combo()), nullptr);
     rig.text("txtFileCopy")->setText(kDestination);
-    rig.frm.showCopiedBytes(99);
+    static_cast<copy::CopyHost&>(rig.frm.controller()).progress(99, 99);
 
     rig.listPrompts.openAnswer = {first, second};
     rig.click("cmdSourceFile");
@@ -167,9 +167,9 @@ TEST(FrmCopyShell, RefreshAndClearActOnTheListAndTheFigures)
     rig.click("picRefresh");
     EXPECT_EQ(rig.combo()->currentText(), first);
 
-    rig.frm.updateProgress(40961, 81922);
+    static_cast<copy::CopyHost&>(rig.frm.controller()).progress(40961, 81922);
     rig.frm.copyState().elapsedSeconds = 3;
-    rig.frm.tmrTimeTimer();
+    rig.frm.controller().tick();
     ASSERT_NE(rig.figures(), kIdleFigures);
     triggerMenuEntry(rig, "mnuClearAllListItem");
     EXPECT_EQ(rig.figures(), kIdleFigures);

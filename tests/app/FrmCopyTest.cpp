@@ -1,7 +1,7 @@
 #include "FrmCopyRig.h"
 #include "chrome/ToolTips.h"
+#include "copy/ThreadedCopyHost.h"
 #include "copy/ui/ProgressBar.h"
-#include "copy/ui/ThreadedCopyHost.h"
 
 #include <QSemaphore>
 #include <QSlider>
@@ -117,107 +117,39 @@ TEST(FrmCopy, SlidersOnTheSettingsPanelSetBlocks)
     EXPECT_TRUE(rig.child("picSetUp")->isEnabled());
 }
 
-enum class Switch
-{
-    Copying,
-    Idle,
-    Reset
-};
-
-class StateSwitch : public ::testing::TestWithParam<Switch>
-{
-};
-
-TEST_P(StateSwitch, SetsEveryControlOfTheTable)
+// The controller's switches reach every control of the copy area; the figures follow its clock.
+TEST(FrmCopy, ControlsAndFiguresFollowTheController)
 {
     CopyRig rig;
-    copy::CopyState& state = rig.frm.copyState();
-    const Switch which = GetParam();
-    const bool copying = which == Switch::Copying;
-    // Start from the other state, with figures on show.
-    if (copying) {
-        rig.frm.enterIdleState();
-    } else {
-        rig.frm.enterCopyingState();
-        state.stopRequested = true;
-        state.cancelRequested = true;
-        state.elapsedSeconds = 9; // the tick makes it 10
-        state.position = 10485761;
-        state.sourceLength = 20971522;
-        rig.frm.updateProgress(10485761, 20971522);
-        rig.frm.tmrTimeTimer();
+    copy::CopyHost& engineSide = rig.frm.controller();
+    const char* const inputs[] = {"cmbFileCopy", "txtFileCopy", "cmdStartCopy", "cmdSourceFile",
+        "cmdDestinationPath", "picVTitleBar", "picRefresh", "picSearch", "picSetUp", "picWatch"};
+    for (const bool copying : {true, false}) {
+        SCOPED_TRACE(copying ? "copying" : "idle");
+        engineSide.modeChanged(copying ? copy::CopyMode::Copying : copy::CopyMode::Idle);
+        for (const char* name : inputs)
+            EXPECT_EQ(rig.child(name)->isEnabled(), !copying) << name;
+        EXPECT_EQ(rig.child("cmdPauseCopy")->isEnabled(), copying);
+        EXPECT_EQ(rig.child("cmdCancelCopy")->isEnabled(), copying);
+        EXPECT_EQ(rig.timer()->isActive(), copying);
     }
-    const QStringList figuresBefore = rig.figures();
-
-    switch (which) {
-    case Switch::Copying:
-        rig.frm.enterCopyingState();
-        break;
-    case Switch::Idle:
-        rig.frm.enterIdleState();
-        break;
-    case Switch::Reset:
-        rig.frm.resetAfterCancel();
-        break;
-    }
-
-    for (const char* name : {"cmbFileCopy", "txtFileCopy", "cmdStartCopy", "cmdSourceFile",
-             "cmdDestinationPath", "picVTitleBar", "picRefresh", "picSearch", "picSetUp", "picWatch"})
-        EXPECT_EQ(rig.child(name)->isEnabled(), !copying) << name;
-    EXPECT_EQ(rig.child("cmdPauseCopy")->isEnabled(), copying);
-    EXPECT_EQ(rig.child("cmdCancelCopy")->isEnabled(), copying);
-    EXPECT_EQ(rig.timer()->isActive(), copying);
-    EXPECT_EQ(state.copyRunning, copying);
-    EXPECT_FALSE(state.stopRequested);
-    EXPECT_FALSE(state.cancelRequested);
-
-    if (which == Switch::Copying) {
-        EXPECT_EQ(rig.figures(), figuresBefore);
-        return;
-    }
-    EXPECT_EQ(state.elapsedSeconds, 0);
+    engineSide.modeChanged(copy::CopyMode::Copying);
+    rig.frm.copyState().position = 10485761;
+    rig.frm.copyState().sourceLength = 20971522;
+    rig.frm.copyState().elapsedSeconds = 9;
+    engineSide.progress(10485761, 20971522);
+    rig.frm.controller().tick();
+    EXPECT_EQ(
+        rig.figures(), (QStringList{"10,485,761字节", "00:00:10", "00:00:10", "00:00:20", "1,024KB/秒"}));
+    EXPECT_FALSE(rig.child<copy::ProgressBar>("picProgressBar")->text().isEmpty());
+    engineSide.modeChanged(copy::CopyMode::IdleAfterCancel);
+    EXPECT_EQ(rig.figures(), kIdleFigures);
     EXPECT_TRUE(rig.child<copy::ProgressBar>("picProgressBar")->text().isEmpty());
-    if (which == Switch::Idle) {
-        EXPECT_EQ(rig.figures(), figuresBefore); // the final figures stay readable
-        EXPECT_EQ(figuresBefore[4], "1,024KB/秒");
-    } else {
-        EXPECT_EQ(rig.figures(), kIdleFigures);
-    }
-}
 
-INSTANTIATE_TEST_SUITE_P(Table, StateSwitch, ::testing::Values(Switch::Copying, Switch::Idle, Switch::Reset));
-
-TEST(FrmCopy, TickCountsSecondsAcrossTheMinuteAndShowsFigures)
-{
-    CopyRig rig;
-    copy::CopyState& state = rig.frm.copyState();
-    rig.second = 57;
-    rig.frm.enterCopyingState();
-    state.position = 4; // slower than a byte per second so far
-    state.sourceLength = 1000;
-    for (int second : {58, 59, 0, 1, 1}) {
-        rig.second = second;
-        rig.frm.tmrTimeTimer();
-    }
-    EXPECT_EQ(state.elapsedSeconds, 5);
-    EXPECT_EQ(rig.label("lblZongJiHaoShi")->text(), "00:00:05");
-    EXPECT_EQ(rig.label("lblShengYuShiJian")->text(), "--:--:--");
-    EXPECT_EQ(rig.label("lblGuJiXiaoHao")->text(), "--:--:--");
-
-    state.position = 10485761;
-    state.sourceLength = 20971522;
-    state.elapsedSeconds = 9;
-    rig.frm.tmrTimeTimer(); // same second: counts one
-    EXPECT_EQ(rig.label("lblZongJiHaoShi")->text(), "00:00:10");
-    EXPECT_EQ(rig.label("lblShuJuLiuLiang")->text(), "1,024KB/秒");
-    EXPECT_EQ(rig.label("lblShengYuShiJian")->text(), "00:00:10");
-    EXPECT_EQ(rig.label("lblGuJiXiaoHao")->text(), "00:00:20");
-    EXPECT_EQ(state.remainingSeconds, 10);
-    EXPECT_EQ(state.estimatedSeconds, 20);
-
-    state.elapsedSeconds = 3724;
-    rig.frm.tmrTimeTimer();
-    EXPECT_EQ(rig.label("lblZongJiHaoShi")->text(), "01:02:05");
+    // The settings panel keeps its button off while it is open, whatever the switches say.
+    rig.click("picSetUp");
+    engineSide.modeChanged(copy::CopyMode::Idle);
+    EXPECT_FALSE(rig.child("picSetUp")->isEnabled());
 }
 
 TEST(FrmCopy, ExitIsRefusedSilentlyDuringACopyAndAskedOtherwise)
@@ -398,7 +330,7 @@ TEST(FrmCopy, FinishedCopyKeepsItsFigures)
     rig.click("cmdStartCopy");
     ASSERT_TRUE(hang.waitEntered());
     rig.second = 5; // five seconds after the start
-    rig.frm.tmrTimeTimer();
+    rig.frm.controller().tick();
     hang.release.release();
     EXPECT_EQ(rig.waitForOutcome(), int(CopyOutcome::Finished));
 
@@ -424,7 +356,7 @@ TEST(FrmCopy, CancelWithDeletionResetsTheFigures)
     rig.click("cmdStartCopy");
     ASSERT_TRUE(hang.waitEntered());
     rig.second = 3;
-    rig.frm.tmrTimeTimer();
+    rig.frm.controller().tick();
     EXPECT_NE(rig.figures(), kIdleFigures);
     rig.boxes.answers = {platform::kAnswerYes};
     rig.click("cmdCancelCopy");

@@ -156,7 +156,7 @@ TEST_F(BatchCopierTest, PerFileWorkIsOnlyWhatTheCopyNeeds)
     host.sameDir = false;
     for (int batchRun = 1; batchRun <= 2; ++batchRun) {
         SCOPED_TRACE(batchRun);
-        host.batchAnswers = {2}; // the second run overwrites
+        host.batchAnswers = {BatchExistingChoice::OverwriteAll}; // the second run overwrites
         const BatchResult r = counted.copyingFiles(list);
         EXPECT_EQ(r.finished, 40);
         EXPECT_EQ(counted.counters().copiedBytes, counted.counters().totalBytes);
@@ -206,7 +206,7 @@ TEST_F(BatchCopierTest, KeepBothSkipsEqualLengthsAndCopiesOthersUnderANewName)
     files.put(kB, positionBytes(4000));
     files.put(kOut + QStringLiteral("AVSEQ01.DAT"), QByteArray(3000, 'x')); // same length
     files.put(kOut + QStringLiteral("AVSEQ02.DAT"), QByteArray(10, 'x')); // different length
-    host.batchAnswers = {3, 3};
+    host.batchAnswers = {BatchExistingChoice::KeepBoth, BatchExistingChoice::KeepBoth};
 
     const BatchResult r = batch.copyingFiles({kA, kB});
     EXPECT_EQ(r.skipped, 1);
@@ -227,7 +227,7 @@ TEST_F(BatchCopierTest, OverwriteAllAnswersEveryLaterConflict)
         files.put(kOut + QStringLiteral("f%1.dat").arg(i), QByteArray(500, 'o'));
         list << src;
     }
-    host.batchAnswers = {2};
+    host.batchAnswers = {BatchExistingChoice::OverwriteAll};
     const BatchResult r = batch.copyingFiles(list);
     EXPECT_EQ(host.batchAsked, 1);
     EXPECT_EQ(r.finished, 4);
@@ -244,7 +244,7 @@ TEST_F(BatchCopierTest, AFileThatIsItsOwnDestinationIsLeftAlone)
     files.put(kA, positionBytes(300));
     files.put(kOut + QStringLiteral("AVSEQ01.DAT"), QByteArray(10, 'x'));
     files.put(own, positionBytes(700));
-    host.batchAnswers = {2};
+    host.batchAnswers = {BatchExistingChoice::OverwriteAll};
     BatchResult r = batch.copyingFiles({kA, own});
     EXPECT_EQ(host.batchAsked, 1);
     EXPECT_EQ(r.finished, 1);
@@ -253,7 +253,7 @@ TEST_F(BatchCopierTest, AFileThatIsItsOwnDestinationIsLeftAlone)
     EXPECT_EQ(batch.counters().copiedBytes, 300);
 
     host = {};
-    host.batchAnswers = {1};
+    host.batchAnswers = {BatchExistingChoice::Overwrite};
     r = batch.copyingFiles({own});
     EXPECT_EQ(host.batchAsked, 0);
     EXPECT_EQ(r.skipped, 1);
@@ -264,8 +264,8 @@ TEST_F(BatchCopierTest, CancelKeepsThePartialFileWithAResumeRecord)
 {
     files.put(kA, positionBytes(500000));
     files.put(kB, positionBytes(500000));
-    host.base.onYield = [&] {
-        if (host.base.yields == 3) {
+    host.base.onBlock = [&] {
+        if (host.base.blocks == 3) {
             state.stopRequested = true;
             state.cancelRequested = true;
         }
@@ -282,16 +282,16 @@ TEST_F(BatchCopierTest, CancelKeepsThePartialFileWithAResumeRecord)
     EXPECT_TRUE(host.base.boxes.isEmpty()); // no delete question in a batch
 }
 
-// The window raises the flags again between two files: the batch ends without creating the next file.
+// A cancel the window holds, made in a file's last block: the file finishes, and the batch ends without
+// creating the next file.
 TEST_F(BatchCopierTest, CancelBetweenFilesTouchesNoFurtherDestination)
 {
     files.put(kA, positionBytes(1000));
     files.put(kB, positionBytes(1000));
-    host.base.onYield = [&] {
-        if (files.contains(kOut + QStringLiteral("AVSEQ01.DAT")) && !state.copyRunning) {
-            state.stopRequested = true;
-            state.cancelRequested = true;
-        }
+    host.base.onBlock = [&] {
+        state.cancelHeld = true;
+        state.stopRequested = true;
+        state.cancelRequested = true;
     };
     const BatchResult r = batch.copyingFiles({kA, kB});
     EXPECT_EQ(r.finished, 1);
@@ -358,7 +358,7 @@ TEST_F(BatchCopierTest, FailuresEitherGoOnOrEndTheBatch)
             files.faults(kA).readErrno = row.error;
         }
         drives.ready = !row.cdRomNotReady;
-        host.batchAnswers = {1};
+        host.batchAnswers = {BatchExistingChoice::Overwrite};
 
         const BatchResult r = batch.copyingFiles({kA, kB});
         EXPECT_EQ(host.base.entries, row.cause.isEmpty() ? QStringList() : QStringList{head + row.cause});

@@ -40,11 +40,15 @@ protected:
     QString lastBoxText() const { return host.boxes.isEmpty() ? QString() : host.boxes.last().text; }
 };
 
+// The finish entry names the estimate and throughput the user last saw (the clock's last tick).
 TEST_F(BlockCopierTest, SmallSourceGoesInOneRoundAndReportsTheFinish)
 {
     const QByteArray data = positionBytes(10);
     files.put(kSource, data);
     start(40960);
+    state.elapsedSeconds = 8;
+    state.meter.start(0);
+    state.meter.tick(1, 18 << 20, 36 << 20); // 9 s for 18 MiB: 2,048 KB/s, 18 s in all
 
     EXPECT_EQ(copy(), CopyOutcome::Finished);
 
@@ -57,7 +61,7 @@ TEST_F(BlockCopierTest, SmallSourceGoesInOneRoundAndReportsTheFinish)
     ASSERT_EQ(host.entries.size(), 1);
     EXPECT_EQ(host.entries[0],
         kSource + "\r\n" + kIndent + QStringLiteral("被成功地复制到：") + "\r\n" + kIndent + kDest + "\r\n"
-            + kIndent + QStringLiteral("文件大小：10字节  总计消耗：00:00:09  存取速度：2,048KB/秒"));
+            + kIndent + QStringLiteral("文件大小：10字节  总计消耗：00:00:18  存取速度：2,048KB/秒"));
     EXPECT_EQ(host.switches, QStringList{QStringLiteral("idle")});
     EXPECT_FALSE(state.copyRunning);
 }
@@ -85,7 +89,8 @@ TEST_F(BlockCopierTest, ReadsOverlapByOneByteAndTheTailRoundEndsAtTheLastByte)
         EXPECT_EQ(copy(), CopyOutcome::Finished);
         // three whole rounds from positions 1, b+1, 2b+1, then the tail from 3b+1 (offset 3b) with step 4
         EXPECT_EQ(files.readOffsets(kSource), (QList<qint64>{0, b, 2 * b, 3 * b}));
-        EXPECT_EQ(host.progressPositions, (QList<qint64>{1, b + 1, 2 * b + 1, 3 * b + 1}));
+        // after each block, and the whole length at the finish
+        EXPECT_EQ(host.progressPositions, (QList<qint64>{1, b + 1, 2 * b + 1, 3 * b + 1, 3 * b + 5}));
         EXPECT_EQ(files.bytes(kDest), data);
         EXPECT_EQ(state.position, 3 * b + 5);
     }
@@ -419,7 +424,7 @@ TEST_F(BlockCopierTest, ADestinationFailureKeepsARecordOfWhatIsOnTheDevice)
         files.faults(kSource).badReads = {ByteRange{250, 1}}; // the round at 201: skipped to 1001
         files.faults(kDest).writeLimit = row.merge ? 1000 : 1450;
         files.faults(kDest).writeErrno = EIO;
-        host.onYield = [&] {
+        host.onBlock = [&] {
             if (row.syncFailsAfterTheSkip && state.position > 1000)
                 files.faults(kDest).syncErrno = EIO;
         };
@@ -453,7 +458,7 @@ TEST_F(BlockCopierTest, TheDestinationIsSyncedBeforeTheFinishAndBeforeARecord)
     syncsAtBox.clear();
     host.onBox = [&](const platform::MessageBox&) { syncsAtBox << files.syncCount(kDest); };
     files.put(kSource, positionBytes(1000));
-    host.onYield = [&] {
+    host.onBlock = [&] {
         state.stopRequested = true;
         state.cancelRequested = true;
     };
@@ -492,11 +497,25 @@ TEST_F(BlockCopierTest, InvalidArgumentAsksAndRetriesTheSameRound)
     EXPECT_EQ(host.boxes.size(), 1);
 }
 
+// A cancel the host holds (Ctrl-C during the preparation, a batch's cancel) survives the start of the copy,
+// which otherwise clears the flags: the copy stops after its first block.
+TEST_F(BlockCopierTest, AHeldCancelSurvivesTheStart)
+{
+    files.put(kSource, positionBytes(1000));
+    start(100);
+    state.cancelHeld = true;
+    copier.enterCopyingState();
+    EXPECT_TRUE(state.stopRequested);
+    EXPECT_TRUE(state.cancelRequested);
+    EXPECT_EQ(copy(), CopyOutcome::Cancelled);
+    EXPECT_EQ(files.bytes(kDest).size(), 0); // stopped before its first block
+}
+
 TEST_F(BlockCopierTest, PauseKeepsThePositionAndClosesTheFiles)
 {
     files.put(kSource, positionBytes(1000));
-    host.onYield = [&] {
-        if (host.yields == 2)
+    host.onBlock = [&] {
+        if (host.blocks == 2)
             state.stopRequested = true;
     };
     start(100);
@@ -508,7 +527,7 @@ TEST_F(BlockCopierTest, PauseKeepsThePositionAndClosesTheFiles)
 
     // going on from there completes the copy byte for byte
     state.stopRequested = false;
-    host.onYield = nullptr;
+    host.onBlock = nullptr;
     EXPECT_EQ(copier.copyBlocks(kSource, kDest, 100), CopyOutcome::Finished);
     EXPECT_EQ(files.bytes(kDest), positionBytes(1000));
 }
@@ -516,8 +535,8 @@ TEST_F(BlockCopierTest, PauseKeepsThePositionAndClosesTheFiles)
 TEST_F(BlockCopierTest, CancelAnsweredNoKeepsThePartialFileWithAResumeRecord)
 {
     files.put(kSource, positionBytes(1000));
-    host.onYield = [&] {
-        if (host.yields == 3) {
+    host.onBlock = [&] {
+        if (host.blocks == 3) {
             state.stopRequested = true;
             state.cancelRequested = true;
         }
@@ -542,7 +561,7 @@ TEST_F(BlockCopierTest, CancelAnsweredNoKeepsThePartialFileWithAResumeRecord)
 TEST_F(BlockCopierTest, CancelAnsweredYesDeletesTheDestination)
 {
     files.put(kSource, positionBytes(1000));
-    host.onYield = [&] {
+    host.onBlock = [&] {
         state.stopRequested = true;
         state.cancelRequested = true;
     };
@@ -558,8 +577,8 @@ TEST_F(BlockCopierTest, CancelAnsweredYesDeletesTheDestination)
 TEST_F(BlockCopierTest, ManualSkipBetweenBlocksMovesTheNextRead)
 {
     files.put(kSource, positionBytes(2000));
-    host.onYield = [&] {
-        if (host.yields == 1)
+    host.onBlock = [&] {
+        if (host.blocks == 1)
             state.position += 3 * state.blockBytes;
     };
     start(100);
@@ -628,8 +647,8 @@ TEST(BlockCopierReadAhead, GivesTheSameCopyAsBlockByBlock)
             files.put(kDest, c.merge ? QByteArray("head") : QByteArray());
             files.faults(kSource).badReads = c.bad;
             files.faults(kSource).readErrno = c.errnoValue;
-            host.onYield = [&] {
-                if (c.manualSkipAtYield && host.yields == c.manualSkipAtYield)
+            host.onBlock = [&] {
+                if (c.manualSkipAtYield && host.blocks == c.manualSkipAtYield)
                     state.position += 7 * state.blockBytes;
             };
             state.blockBytes = c.blockBytes;

@@ -153,9 +153,9 @@ TEST_F(CopySessionTest, ContinuesFromTheResumeRecordWithItsSeconds)
     files.put(kCdSource, data);
     files.put(kDest, data.first(40961));
     store.records.insert(kDest, makeResumeRecord(40961, 40961, 100000, 17));
-    host.continueAnswers = {2};
+    host.continueAnswers = {ContinueChoice::Continue};
     int elapsedAtFirstBlock = -1;
-    host.onYield = [&] {
+    host.onBlock = [&] {
         if (elapsedAtFirstBlock < 0)
             elapsedAtFirstBlock = state.elapsedSeconds;
     };
@@ -173,7 +173,7 @@ TEST_F(CopySessionTest, ContinuesFromTheResumeRecordWithItsSeconds)
     files.put(kDest, data.first(1000));
     store.records.insert(kDest, makeResumeRecord(40961, 40961, 100000, 17));
     host = {};
-    host.continueAnswers = {2};
+    host.continueAnswers = {ContinueChoice::Continue};
     EXPECT_EQ(session.startCopy(kCdSource, kDest), CopyOutcome::Finished);
     EXPECT_EQ(files.bytes(kDest), data);
 }
@@ -185,17 +185,18 @@ TEST_F(CopySessionTest, ExistingDestinationChoices)
     struct Row
     {
         const char* name;
-        int choice;
+        ExistingFileChoice choice;
         QByteArray before;
         QByteArray after; // empty: the file is gone
         CopyOutcome outcome;
     };
     const QList<Row> rows = {
-        {"overwrite", 1, old, data, CopyOutcome::Finished},
-        {"append", 2, data.first(5000), data, CopyOutcome::Finished},
-        {"merge", 3, QByteArray("head"), QByteArray("head") + data, CopyOutcome::Finished},
-        {"delete", 4, old, QByteArray(), CopyOutcome::NotStarted},
-        {"give up", 0, old, old, CopyOutcome::NotStarted},
+        {"overwrite", ExistingFileChoice::Overwrite, old, data, CopyOutcome::Finished},
+        {"append", ExistingFileChoice::Append, data.first(5000), data, CopyOutcome::Finished},
+        {"merge", ExistingFileChoice::Merge, QByteArray("head"), QByteArray("head") + data,
+            CopyOutcome::Finished},
+        {"delete", ExistingFileChoice::Delete, old, QByteArray(), CopyOutcome::NotStarted},
+        {"give up", ExistingFileChoice::GiveUp, old, old, CopyOutcome::NotStarted},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -221,7 +222,8 @@ TEST_F(CopySessionTest, NewNameGoesIntoTheSameFolderAndNeverIntoAnotherExistingF
     files.put(kDest, QByteArray("keep"));
     files.put(copy2, QByteArray("also keep"));
     host.newName = QStringLiteral("copy2.dat");
-    host.existingAnswers = {5, 0}; // the new name exists too: asked again, and given up
+    host.existingAnswers = {ExistingFileChoice::Rename,
+        ExistingFileChoice::GiveUp}; // the new name exists too: asked again, and given up
     EXPECT_EQ(session.startCopy(kCdSource, kDest), CopyOutcome::NotStarted);
     EXPECT_EQ(files.bytes(copy2), QByteArray("also keep"));
     EXPECT_EQ(host.dialogs.size(), 2);
@@ -229,7 +231,7 @@ TEST_F(CopySessionTest, NewNameGoesIntoTheSameFolderAndNeverIntoAnotherExistingF
     files.remove(copy2);
     host = {};
     host.newName = QStringLiteral("copy2.dat");
-    host.existingAnswers = {5};
+    host.existingAnswers = {ExistingFileChoice::Rename};
     EXPECT_EQ(session.startCopy(kCdSource, kDest), CopyOutcome::Finished);
     EXPECT_EQ(files.bytes(copy2), data);
     EXPECT_EQ(files.bytes(kDest), QByteArray("keep"));
@@ -244,7 +246,7 @@ TEST_F(CopySessionTest, OverwritingTheSourceItselfIsRefused)
     const QString refused
         = QStringLiteral("源文件和文件保存路径是同一个文件，不能覆盖。请重新选择文件保存路径。");
     files.put(kDest, data);
-    host.existingAnswers = {1};
+    host.existingAnswers = {ExistingFileChoice::Overwrite};
     EXPECT_EQ(session.startCopy(kDest, sameFile), CopyOutcome::NotStarted);
     ASSERT_EQ(host.boxes.size(), 1);
     EXPECT_EQ(host.boxes[0].text, refused);
@@ -254,7 +256,7 @@ TEST_F(CopySessionTest, OverwritingTheSourceItselfIsRefused)
     // A paused copy whose destination was changed to its source: "overwrite" keeps it paused.
     files.put(kCdSource, data);
     host = {};
-    host.onYield = [&] { state.stopRequested = true; };
+    host.onBlock = [&] { state.stopRequested = true; };
     ASSERT_EQ(session.startCopy(kCdSource, QStringLiteral("/home/u/video/b.dat")), CopyOutcome::Paused);
     host = {};
     host.answers = {platform::kAnswerYes};
@@ -270,15 +272,15 @@ TEST_F(CopySessionTest, ResumeAfterPauseAsksOverwriteOrAppendAndAppendsExactly)
 {
     const QByteArray data = positionBytes(300000);
     files.put(kCdSource, data);
-    host.onYield = [&] {
-        if (host.yields == 2)
+    host.onBlock = [&] {
+        if (host.blocks == 2)
             state.stopRequested = true;
     };
     EXPECT_EQ(session.startCopy(kCdSource, kDest), CopyOutcome::Paused);
     const qint64 pausedAt = state.position;
     EXPECT_EQ(pausedAt, 2 * 40960 + 1); // a CD-ROM source reads 40960 bytes per block
 
-    host.onYield = nullptr;
+    host.onBlock = nullptr;
     host.answers = {platform::kAnswerNo};
     state.stopRequested = false;
     state.copyRunning = true;
@@ -294,7 +296,7 @@ TEST_F(CopySessionTest, ResumeAfterPauseAsksOverwriteOrAppendAndAppendsExactly)
 TEST_F(CopySessionTest, ResumeWithTooLittleRoomStaysPausedOnNo)
 {
     files.put(kCdSource, positionBytes(300000));
-    host.onYield = [&] { state.stopRequested = true; };
+    host.onBlock = [&] { state.stopRequested = true; };
     session.startCopy(kCdSource, kDest);
     host = {};
     drives.drives.last().freeBytes = 1000;
@@ -312,13 +314,13 @@ TEST_F(CopySessionTest, PausedMergeGoesOnAsAMerge)
     const QByteArray data = positionBytes(300000);
     files.put(kCdSource, data);
     files.put(kDest, QByteArray("head"));
-    host.existingAnswers = {3};
-    host.onYield = [&] {
-        if (host.yields == 1)
+    host.existingAnswers = {ExistingFileChoice::Merge};
+    host.onBlock = [&] {
+        if (host.blocks == 1)
             state.stopRequested = true;
     };
     EXPECT_EQ(session.startCopy(kCdSource, kDest), CopyOutcome::Paused);
-    host.onYield = nullptr;
+    host.onBlock = nullptr;
     host.answers = {platform::kAnswerNo};
     state.stopRequested = false;
     EXPECT_EQ(session.resumeCopy(kCdSource, kDest), CopyOutcome::Finished);
@@ -343,15 +345,15 @@ TEST_F(CopySessionTest, AMergeContinuedFromItsRecordEndsAsAnUninterruptedMerge)
             files.put(d, QByteArray("head"));
 
         host = {};
-        host.existingAnswers = {3};
+        host.existingAnswers = {ExistingFileChoice::Merge};
         ASSERT_EQ(session.startCopy(kCdSource, whole),
             withScratch ? CopyOutcome::FinishedWithSkips : CopyOutcome::Finished);
 
         host = {};
-        host.existingAnswers = {3};
+        host.existingAnswers = {ExistingFileChoice::Merge};
         host.answers = {platform::kAnswerNo}; // keep the partial file
-        host.onYield = [&] {
-            if (host.yields == 5) {
+        host.onBlock = [&] {
+            if (host.blocks == 5) {
                 state.stopRequested = true;
                 state.cancelRequested = true;
             }
@@ -363,7 +365,7 @@ TEST_F(CopySessionTest, AMergeContinuedFromItsRecordEndsAsAnUninterruptedMerge)
         EXPECT_EQ(store.records[kDest].writePosition, 5 * 40960 + 5);
 
         host = {};
-        host.continueAnswers = {2};
+        host.continueAnswers = {ContinueChoice::Continue};
         EXPECT_EQ(session.startCopy(kCdSource, kDest),
             withScratch ? CopyOutcome::FinishedWithSkips : CopyOutcome::Finished);
         EXPECT_EQ(host.boxes.last().title, QStringLiteral("文件合并完成！"));

@@ -1,6 +1,6 @@
 #include "copy/ui/FrmCopyAllFiles.h"
+#include "copy/ThreadedCopyHost.h"
 #include "copy/ui/CopyAnimation.h"
-#include "copy/ui/ThreadedCopyHost.h"
 #include "fakes/FakeCopyHost.h"
 #include "fakes/MemoryFileLayer.h"
 #include "platform/Volumes.h"
@@ -40,7 +40,8 @@ public:
     QString folder = QStringLiteral("/home/u/out");
     bool sameDir = true;
     QList<platform::MessageBox> boxes;
-    QList<int> batchAnswers; // answers of the batch existing-file dialog; 0 (stop) when out
+    QList<copy::BatchExistingChoice>
+        batchAnswers; // answers of the batch existing-file dialog; EndBatch when out
     QStringList asked; // "folder", "continue", "existing:<destination>"
     std::function<void()> whileAskingExisting; // runs inside the existing-file question
 
@@ -55,17 +56,18 @@ public:
         copyToSameDir = sameDir;
         return folder;
     }
-    int askContinueCopy(const QString&, const QString&, QWidget*) override
+    copy::ContinueChoice askContinueCopy(const QString&, const QString&, QWidget*) override
     {
         asked << QStringLiteral("continue");
-        return 0;
+        return copy::ContinueChoice::GiveUp;
     }
-    int askBatchExistingFile(const QString&, const QString& destination, QWidget*) override
+    copy::BatchExistingChoice askBatchExistingFile(
+        const QString&, const QString& destination, QWidget*) override
     {
         asked << QStringLiteral("existing:") + destination;
         if (whileAskingExisting)
             whileAskingExisting();
-        return batchAnswers.isEmpty() ? 0 : batchAnswers.takeFirst();
+        return batchAnswers.isEmpty() ? copy::BatchExistingChoice::EndBatch : batchAnswers.takeFirst();
     }
 };
 
@@ -278,7 +280,7 @@ TEST(FrmCopyAllFiles, CancelDuringAQuestionLeavesNoRecordForAFileNotCopied)
     rig.files.faults(destinationA).writeLimit = 2 * kStep;
     rig.files.faults(destinationA).writeErrno = EACCES; // logged; the batch goes on with the next file
     rig.files.put(destinationB, QByteArray(kStep, 'b')); // the same length: "keep both" skips it
-    rig.prompts.batchAnswers = {1, 3};
+    rig.prompts.batchAnswers = {copy::BatchExistingChoice::Overwrite, copy::BatchExistingChoice::KeepBoth};
     auto* cancel = rig.frm.findChild<QPushButton*>(QStringLiteral("cmdCancel"));
     ASSERT_NE(cancel, nullptr);
     rig.prompts.whileAskingExisting = [&] {
@@ -360,7 +362,7 @@ TEST(FrmCopyAllFiles, ExistingFileQuestionIsAskedOnTheUiThread)
     rig.files.put(kB, positionBytes(7));
     rig.files.put(kOut + QStringLiteral("AVSEQ01.DAT"), QByteArray(3 * kStep, 'x'));
     rig.files.put(kOut + QStringLiteral("AVSEQ02.DAT"), QByteArray(9, 'y'));
-    rig.prompts.batchAnswers = {2};
+    rig.prompts.batchAnswers = {copy::BatchExistingChoice::OverwriteAll};
     ASSERT_TRUE(rig.frm.CopyingFiles({kA, kB}));
     ASSERT_TRUE(rig.waitFinished());
     EXPECT_EQ(rig.prompts.asked,

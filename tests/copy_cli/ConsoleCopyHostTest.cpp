@@ -8,26 +8,6 @@ using namespace vindaro::copy;
 
 namespace {
 
-// A Ctrl-C during the preparation sets the flags before the engine clears them to start: the host raises
-// them again, so the copy stops after its first block instead of running to the end.
-TEST(ConsoleCopyHost, InterruptDuringPreparationSurvivesTheStart)
-{
-    CopyState state;
-    QString out, err;
-    QTextStream outStream(&out), errStream(&err);
-    ConsoleCopyHost host(state, outStream, errStream);
-    bool pressed = false;
-    host.interrupted = [&] { return pressed; };
-
-    host.enterCopyingState();
-    EXPECT_FALSE(state.stopRequested);
-
-    pressed = true;
-    host.enterCopyingState();
-    EXPECT_TRUE(state.stopRequested);
-    EXPECT_TRUE(state.cancelRequested);
-}
-
 // Without a window the questions have fixed answers: room only when asked for, never delete, never retry.
 TEST(ConsoleCopyHost, AnswersQuestionsForAScript)
 {
@@ -36,7 +16,7 @@ TEST(ConsoleCopyHost, AnswersQuestionsForAScript)
     QTextStream outStream(&out), errStream(&err);
     ConsoleCopyHost host(state, outStream, errStream);
     const auto ask = [&](const QString& text) {
-        return host.showBox(vindaro::platform::MessageBox{text, QStringLiteral("提醒！"),
+        return host.ask(vindaro::platform::MessageBox{text, QStringLiteral("提醒！"),
             vindaro::platform::BoxIcon::Exclamation, vindaro::platform::BoxButtons::YesNo});
     };
     EXPECT_EQ(ask(QStringLiteral("/盘空间不足，请重新选择文件保存路径")), vindaro::platform::kAnswerNo);

@@ -12,7 +12,8 @@ public:
     FakeCopyHost base; // boxes, entries, switches and the single-copy dialogs
     QString folder = QStringLiteral("/home/u/out");
     bool sameDir = true;
-    QList<int> batchAnswers; // answers of the batch existing-file dialog; 0 (end) when out
+    QList<copy::BatchExistingChoice>
+        batchAnswers; // answers of the batch existing-file dialog; EndBatch when out
     int batchAsked = 0;
     QStringList shownFiles; // "from|to|count|total"
     bool animating = false;
@@ -22,10 +23,10 @@ public:
         copyToSameDir = sameDir;
         return folder;
     }
-    int askBatchExistingFile(const QString&, const QString&) override
+    copy::BatchExistingChoice askBatchExistingFile(const QString&, const QString&) override
     {
         ++batchAsked;
-        return batchAnswers.isEmpty() ? 0 : batchAnswers.takeFirst();
+        return batchAnswers.isEmpty() ? copy::BatchExistingChoice::EndBatch : batchAnswers.takeFirst();
     }
     void startAnimation() override { animating = true; }
     void stopAnimation() override { animating = false; }
@@ -34,23 +35,19 @@ public:
         shownFiles << (QStringList{from, to, count, total}.join(QLatin1Char('|')));
     }
 
-    int showBox(const platform::MessageBox& box) override { return base.showBox(box); }
-    void log(const QString& entry) override { base.log(entry); }
-    void yield() override { base.yield(); }
-    void enterCopyingState() override { base.enterCopyingState(); }
-    void enterIdleState() override { base.enterIdleState(); }
-    void resetAfterCancel() override { base.resetAfterCancel(); }
-    void stopTimer() override { base.stopTimer(); }
-    void updateProgress(qint64 position, qint64 length) override { base.updateProgress(position, length); }
-    void showCopiedBytes(qint64 bytes) override { base.showCopiedBytes(bytes); }
-    QString estimatedText() override { return base.estimatedText(); }
-    QString throughputText() override { return base.throughputText(); }
-    int askContinueCopy(const QString& s, const QString& d) override { return base.askContinueCopy(s, d); }
-    int askExistingFile(const QString& s, const QString& d, QString& n) override
+    int ask(const platform::MessageBox& question) override { return base.ask(question); }
+    void notify(const platform::MessageBox& notice) override { base.notify(notice); }
+    copy::ContinueChoice askContinueCopy(const QString& s, const QString& d) override
     {
-        return base.askExistingFile(s, d, n);
+        return base.askContinueCopy(s, d);
     }
-    void stayPaused() override { base.stayPaused(); }
+    copy::ExistingFileAnswer askExistingFile(const QString& s, const QString& d) override
+    {
+        return base.askExistingFile(s, d);
+    }
+    void log(const QString& entry) override { base.log(entry); }
+    void progress(qint64 position, qint64 length) override { base.progress(position, length); }
+    void modeChanged(copy::CopyMode mode) override { base.modeChanged(mode); }
 };
 
 } // namespace vindaro::testing

@@ -10,61 +10,79 @@
 
 namespace vindaro::testing {
 
-// Records every box, log entry and state switch of a copy, and answers questions from a script.
+// Records every box, log entry and mode change of a copy, and answers questions from a script.
 class FakeCopyHost final : public copy::CopyHost
 {
 public:
-    QList<platform::MessageBox> boxes;
+    QList<platform::MessageBox> boxes; // questions and notices, in order
     QStringList entries;
-    QStringList switches; // "copying", "idle", "reset", "timer-off"
+    QStringList switches; // "copying", "idle", "reset", "timer-off", "stay-paused"
     QList<qint64> progressPositions;
-    qint64 copiedShown = -1;
+    qint64 copiedShown = -1; // the position of the last progress call that reached the source's length
     QList<int> answers; // answers to Yes/No questions, in order; kAnswerNo once they run out
-    std::function<void()> onYield; // a test acts "between blocks" here
+    std::function<void()> onBlock; // a test acts "between blocks" here: after each block's progress
     std::function<void(const platform::MessageBox&)> onBox;
-    int yields = 0;
+    int blocks = 0; // progress calls so far
 
-    int showBox(const platform::MessageBox& box) override
+    int ask(const platform::MessageBox& question) override
     {
-        boxes.append(box);
+        boxes.append(question);
         if (onBox)
-            onBox(box);
-        if (box.buttons == platform::BoxButtons::Ok)
-            return platform::kAnswerOk;
+            onBox(question);
         return answers.isEmpty() ? platform::kAnswerNo : answers.takeFirst();
     }
-    void log(const QString& entry) override { entries.append(entry); }
-    void yield() override
+    void notify(const platform::MessageBox& notice) override
     {
-        ++yields;
-        if (onYield)
-            onYield();
+        boxes.append(notice);
+        if (onBox)
+            onBox(notice);
     }
-    void enterCopyingState() override { switches.append(QStringLiteral("copying")); }
-    void enterIdleState() override { switches.append(QStringLiteral("idle")); }
-    void resetAfterCancel() override { switches.append(QStringLiteral("reset")); }
-    void stopTimer() override { switches.append(QStringLiteral("timer-off")); }
-    void updateProgress(qint64 position, qint64) override { progressPositions.append(position); }
-    void showCopiedBytes(qint64 bytes) override { copiedShown = bytes; }
-    QString estimatedText() override { return QStringLiteral("00:00:09"); }
-    QString throughputText() override { return QStringLiteral("2,048KB/秒"); }
+    void log(const QString& entry) override { entries.append(entry); }
+    void progress(qint64 position, qint64 sourceLength) override
+    {
+        progressPositions.append(position);
+        if (position == sourceLength)
+            copiedShown = position;
+        ++blocks;
+        if (onBlock)
+            onBlock();
+    }
+    void modeChanged(copy::CopyMode mode) override
+    {
+        switch (mode) {
+        case copy::CopyMode::Copying:
+            switches.append(QStringLiteral("copying"));
+            break;
+        case copy::CopyMode::Stopped:
+            switches.append(QStringLiteral("timer-off"));
+            break;
+        case copy::CopyMode::Idle:
+            switches.append(QStringLiteral("idle"));
+            break;
+        case copy::CopyMode::IdleAfterCancel:
+            switches.append(QStringLiteral("reset"));
+            break;
+        case copy::CopyMode::StayPaused:
+            switches.append(QStringLiteral("stay-paused"));
+            break;
+        }
+    }
 
-    QList<int> continueAnswers; // answers of the continue-copy dialog, in order; 0 (give up) when out
-    QList<int> existingAnswers; // answers of the existing-file dialog
-    QString newName; // the name typed for choice 5
+    QList<copy::ContinueChoice> continueAnswers; // answers of the continue-copy dialog; GiveUp when out
+    QList<copy::ExistingFileChoice> existingAnswers; // answers of the existing-file dialog; GiveUp when out
+    QString newName; // the name typed for Rename
     QStringList dialogs; // "continue" / "existing", in the order asked
-    int askContinueCopy(const QString&, const QString&) override
+    copy::ContinueChoice askContinueCopy(const QString&, const QString&) override
     {
         dialogs.append(QStringLiteral("continue"));
-        return continueAnswers.isEmpty() ? 0 : continueAnswers.takeFirst();
+        return continueAnswers.isEmpty() ? copy::ContinueChoice::GiveUp : continueAnswers.takeFirst();
     }
-    int askExistingFile(const QString&, const QString&, QString& name) override
+    copy::ExistingFileAnswer askExistingFile(const QString&, const QString&) override
     {
         dialogs.append(QStringLiteral("existing"));
-        name = newName;
-        return existingAnswers.isEmpty() ? 0 : existingAnswers.takeFirst();
+        return {existingAnswers.isEmpty() ? copy::ExistingFileChoice::GiveUp : existingAnswers.takeFirst(),
+            newName};
     }
-    void stayPaused() override { switches.append(QStringLiteral("stay-paused")); }
 };
 
 // Resume records kept in memory.

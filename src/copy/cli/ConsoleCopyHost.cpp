@@ -30,18 +30,27 @@ ConsoleCopyHost::ConsoleCopyHost(CopyState& state, QTextStream& out, QTextStream
 {
 }
 
-int ConsoleCopyHost::showBox(const platform::MessageBox& box)
+void ConsoleCopyHost::setBatchCounters(const BatchCounters* counters)
+{
+    m_batchCounters = counters;
+    m_state.meter.setBatch(counters);
+}
+
+void ConsoleCopyHost::notify(const platform::MessageBox& notice)
 {
     endProgressLine();
-    m_err << box.title << '\n' << plainLines(box.text) << '\n';
-    if (box.buttons == platform::BoxButtons::Ok) {
-        m_err.flush();
-        return platform::kAnswerOk;
-    }
+    m_err << notice.title << '\n' << plainLines(notice.text) << '\n';
+    m_err.flush();
+}
+
+int ConsoleCopyHost::ask(const platform::MessageBox& question)
+{
+    endProgressLine();
+    m_err << question.title << '\n' << plainLines(question.text) << '\n';
     // The only questions a run without a window can meet: too little room (answered by --ignore-space),
     // keep or delete the partial file after Ctrl-C (kept, with its resume record), and "try the block again"
     // (no: a script must not loop forever).
-    const bool lowSpace = box.text.contains(QStringLiteral("盘空间不足"));
+    const bool lowSpace = question.text.contains(QStringLiteral("盘空间不足"));
     const int answer = lowSpace && ignoreLowSpace ? platform::kAnswerYes : platform::kAnswerNo;
     m_err << (answer == platform::kAnswerYes ? QStringLiteral("→ 是[Y]") : QStringLiteral("→ 否[N]")) << '\n';
     m_err.flush();
@@ -57,54 +66,47 @@ void ConsoleCopyHost::log(const QString& entry)
         logged(entry);
 }
 
-void ConsoleCopyHost::yield()
+void ConsoleCopyHost::modeChanged(CopyMode mode)
 {
-    if (m_timerOn && m_sinceTick.isValid() && m_sinceTick.elapsed() >= 1000)
-        tick();
-    printProgress(false);
-}
-
-void ConsoleCopyHost::enterCopyingState()
-{
-    // The engine clears the stop flags as it starts a copy: a Ctrl-C that came during the preparation must
-    // not be lost with them.
-    if (interrupted && interrupted()) {
-        m_state.stopRequested = true;
-        m_state.cancelRequested = true;
+    switch (mode) {
+    case CopyMode::Copying:
+        m_state.meter.start(currentSecond());
+        m_sinceTick.start();
+        m_timerOn = true;
+        break;
+    case CopyMode::Stopped:
+        m_timerOn = false;
+        break;
+    case CopyMode::Idle:
+    case CopyMode::IdleAfterCancel:
+        m_timerOn = false;
+        printProgress(true);
+        endProgressLine();
+        break;
+    case CopyMode::StayPaused:
+        break; // no pause without a window
     }
-    m_lastSecond = currentSecond();
-    m_sinceTick.start();
-    m_timerOn = true;
-}
-
-void ConsoleCopyHost::enterIdleState()
-{
-    m_timerOn = false;
-    printProgress(true);
-    endProgressLine();
-}
-
-void ConsoleCopyHost::resetAfterCancel()
-{
-    enterIdleState();
-}
-
-void ConsoleCopyHost::stopTimer()
-{
-    m_timerOn = false;
 }
 
 QString ConsoleCopyHost::copiedText() const
 {
     // Formatted only when the line is printed, not after every block. A batch shows the bytes of the whole
     // batch and the percentage of the current file.
-    return files::formatBytes(batchCounters ? batchCounters->copiedBytes + m_position : m_position);
+    return files::formatBytes(m_batchCounters ? m_batchCounters->copiedBytes + m_position : m_position);
 }
 
-void ConsoleCopyHost::updateProgress(qint64 position, qint64 sourceLength)
+// After every block: the one-second tick is counted here, between blocks, and the line redrawn now and then.
+void ConsoleCopyHost::progress(qint64 position, qint64 sourceLength)
 {
     m_position = position;
     m_sourceLength = sourceLength;
+    if (m_timerOn && m_sinceTick.isValid() && m_sinceTick.elapsed() >= 1000) {
+        m_sinceTick.start();
+        m_state.meter.tick(currentSecond(), m_position, m_sourceLength);
+        printProgress(true);
+        return;
+    }
+    printProgress(false);
 }
 
 QString ConsoleCopyHost::chooseBatchFolder(bool& copyToSameDir)
@@ -113,13 +115,13 @@ QString ConsoleCopyHost::chooseBatchFolder(bool& copyToSameDir)
     return batchFolder;
 }
 
-int ConsoleCopyHost::askBatchExistingFile(const QString&, const QString& destination)
+BatchExistingChoice ConsoleCopyHost::askBatchExistingFile(const QString&, const QString& destination)
 {
     switch (existing) {
     case ExistingAnswer::Overwrite:
-        return 2; // this one and every later one
+        return BatchExistingChoice::OverwriteAll;
     case ExistingAnswer::KeepBoth:
-        return 3;
+        return BatchExistingChoice::KeepBoth;
     default:
         break;
     }
@@ -129,7 +131,7 @@ int ConsoleCopyHost::askBatchExistingFile(const QString&, const QString& destina
                  "批量复制到此结束。用 --existing overwrite 或 --existing keep 选择做法（见 --help）。")
           << '\n';
     m_err.flush();
-    return 0;
+    return BatchExistingChoice::EndBatch;
 }
 
 void ConsoleCopyHost::showFile(
@@ -140,19 +142,14 @@ void ConsoleCopyHost::showFile(
     m_fileCount = QStringLiteral("[") + countText + QStringLiteral(" ");
 }
 
-void ConsoleCopyHost::showCopiedBytes(qint64 bytes)
-{
-    m_position = bytes;
-}
-
-int ConsoleCopyHost::askContinueCopy(const QString&, const QString& destination)
+ContinueChoice ConsoleCopyHost::askContinueCopy(const QString&, const QString& destination)
 {
     switch (existing) {
     case ExistingAnswer::Overwrite:
-        return 1;
+        return ContinueChoice::StartOver;
     case ExistingAnswer::Continue:
     case ExistingAnswer::Append:
-        return 2;
+        return ContinueChoice::Continue;
     default:
         break;
     }
@@ -160,23 +157,22 @@ int ConsoleCopyHost::askContinueCopy(const QString&, const QString& destination)
     m_err << QStringLiteral("目标文件已经存在，并有续拷记录：") << destination << '\n'
           << QStringLiteral("用 --existing continue 继续复制，或用 --existing overwrite 重新复制。") << '\n';
     m_err.flush();
-    return 0;
+    return ContinueChoice::GiveUp;
 }
 
-int ConsoleCopyHost::askExistingFile(const QString&, const QString& destination, QString& name)
+ExistingFileAnswer ConsoleCopyHost::askExistingFile(const QString&, const QString& destination)
 {
     switch (existing) {
     case ExistingAnswer::Overwrite:
-        return 1;
+        return {ExistingFileChoice::Overwrite, {}};
     case ExistingAnswer::Continue: // no resume record: the destination's length is where copying goes on
     case ExistingAnswer::Append:
-        return 2;
+        return {ExistingFileChoice::Append, {}};
     case ExistingAnswer::Merge:
-        return 3;
+        return {ExistingFileChoice::Merge, {}};
     case ExistingAnswer::NewName:
-        name = newName;
         existing = ExistingAnswer::GiveUp; // a new name that exists too is not overwritten: give up then
-        return 5;
+        return {ExistingFileChoice::Rename, newName};
     case ExistingAnswer::GiveUp:
     case ExistingAnswer::KeepBoth:
         break;
@@ -186,33 +182,7 @@ int ConsoleCopyHost::askExistingFile(const QString&, const QString& destination,
           << QStringLiteral("没有复制。用 --existing 选择覆盖、追加、合并或新的文件名（见 --help）。")
           << '\n';
     m_err.flush();
-    return 0;
-}
-
-void ConsoleCopyHost::tick()
-{
-    m_sinceTick.start();
-    const int second = currentSecond();
-    m_state.elapsedSeconds += tickDelta(second, m_lastSecond);
-    m_lastSecond = second;
-    if (batchCounters) {
-        const BatchFigures figures = computeBatchFigures(*batchCounters, m_position, m_state.elapsedSeconds);
-        m_elapsed = durationText(figures.batchSeconds);
-        if (figures.estimatedSeconds >= 0)
-            m_estimated = durationText(figures.estimatedSeconds);
-        m_throughput = files::formatKBps(figures.kilobytesPerSecond);
-        printProgress(true);
-        return;
-    }
-    const qint64 elapsed = m_state.elapsedSeconds;
-    const ProgressFigures figures = computeFigures(m_position, m_sourceLength, elapsed);
-    m_elapsed = durationText(elapsed);
-    if (figures.speedKnown()) {
-        m_remaining = durationText(figures.remainingSeconds);
-        m_estimated = durationText(figures.estimatedSeconds);
-    }
-    m_throughput = files::formatKBps(figures.kilobytesPerSecond);
-    printProgress(true);
+    return {};
 }
 
 void ConsoleCopyHost::printProgress(bool force)
@@ -222,12 +192,13 @@ void ConsoleCopyHost::printProgress(bool force)
     if (!force && m_sincePrint.isValid() && m_sincePrint.elapsed() < 250)
         return;
     m_sincePrint.start();
+    const ProgressTexts figures = m_state.meter.texts();
     m_err << '\r' << m_fileCount << percentText(m_position, m_sourceLength) << QStringLiteral("  已复制：")
-          << copiedText() << QStringLiteral("  已用时间：") << m_elapsed;
-    if (!batchCounters) // a batch shows no remaining time
-        m_err << QStringLiteral("  剩余时间：") << m_remaining;
-    m_err << QStringLiteral("  估计消耗：") << m_estimated << QStringLiteral("  存取速度：") << m_throughput
-          << QStringLiteral("   ");
+          << copiedText() << QStringLiteral("  已用时间：") << figures.elapsed;
+    if (!m_batchCounters) // a batch shows no remaining time
+        m_err << QStringLiteral("  剩余时间：") << figures.remaining;
+    m_err << QStringLiteral("  估计消耗：") << figures.estimated << QStringLiteral("  存取速度：")
+          << figures.throughput << QStringLiteral("   ");
     m_err.flush();
     m_lineOpen = true;
 }

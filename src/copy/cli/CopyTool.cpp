@@ -89,7 +89,9 @@ void onInterrupt(int)
         }
         ::_exit(128 + SIGINT);
     }
-    // Lock-free atomics: safe to store from a signal handler. The loop leaves after the block in progress.
+    // Lock-free atomics: safe to store from a signal handler. The loop leaves after the block in progress;
+    // held, so a Ctrl-C during the preparation is not undone when the copy starts.
+    g_state->cancelHeld.store(true);
     g_state->cancelRequested.store(true);
     g_state->stopRequested.store(true);
 }
@@ -194,7 +196,7 @@ int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources
     VolumeDriveFacts drives(volumes);
     FileResumeStore resumeStore;
     BatchCopier batch(state, host, files, resumeStore, drives);
-    host.batchCounters = &batch.counters();
+    host.setBatchCounters(&batch.counters());
     installInterruptHandler(state);
     watchForQuit([&copier = batch.copier(), &operationLog] {
         copier.abandon();
@@ -220,7 +222,6 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files, disc::DiscF
 
     copy::CopyState state;
     copy::ConsoleCopyHost host(state, out, err);
-    host.interrupted = [] { return g_interrupts > 0; };
     oplog::OperationLog operationLog;
     host.logged = [&operationLog](const QString& entry) { operationLog.GetFileCopyLog(entry); };
     const LogAtExit writeLogAtExit{operationLog};

@@ -7,8 +7,8 @@
 #include "CopyAnimation.h"
 #include "FrmChooseDialog.h"
 #include "ProgressBar.h"
-#include "ThreadedCopyHost.h"
 #include "copy/ProgressFigures.h"
+#include "copy/ThreadedCopyHost.h"
 #include "files/Format.h"
 
 #include <QCloseEvent>
@@ -26,10 +26,6 @@
 namespace vindaro::copy {
 
 namespace {
-
-const QString kIdleBytes = QStringLiteral("0字节");
-const QString kIdleDuration = QStringLiteral("00:00:00");
-const QString kIdleThroughput = QStringLiteral("0KB/秒");
 
 // The shared progress bar puts its text at 150 of 330 units. The batch's bar is 396 units wide, which
 // puts the same proportion at 180, where the batch's percentage starts.
@@ -50,11 +46,6 @@ QLabel* pathLabel(const char* name)
     label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     label->setMinimumWidth(kBatchBarWidth);
     return label;
-}
-
-int clampToInt(qint64 value)
-{
-    return int(std::clamp<qint64>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
 } // namespace
@@ -80,20 +71,21 @@ QString DialogBatchPrompts::chooseFolder(bool& copyToSameDir, QWidget* parent)
     return folder;
 }
 
-int DialogBatchPrompts::askContinueCopy(const QString& source, const QString& destination, QWidget* parent)
+ContinueChoice DialogBatchPrompts::askContinueCopy(
+    const QString& source, const QString& destination, QWidget* parent)
 {
     ContinueCopyDialog dialog(parent);
     ResumeRecord record;
     if (m_resumeStore && m_resumeStore->load(destination, record))
         dialog.setRecord(record);
-    return dialog.Ask(source, destination);
+    return continueChoiceFromCode(dialog.Ask(source, destination));
 }
 
-int DialogBatchPrompts::askBatchExistingFile(
+BatchExistingChoice DialogBatchPrompts::askBatchExistingFile(
     const QString& source, const QString& destination, QWidget* parent)
 {
     BatchExistingFileDialog dialog(parent);
-    return dialog.Ask(source, destination);
+    return batchExistingChoiceFromCode(dialog.Ask(source, destination));
 }
 
 // ---- the window ----
@@ -111,6 +103,7 @@ FrmCopyAllFiles::FrmCopyAllFiles(const FrmCopyAllFilesServices& services, QWidge
     m_worker = std::make_unique<ThreadedBatchHost>(static_cast<BatchHost&>(*this), &m_state);
     m_batch = std::make_unique<BatchCopier>(
         m_state, *m_worker, m_services.files, m_services.resumeStore, m_services.drives);
+    m_state.meter.setBatch(&m_batch->counters());
     connect(&m_worker->threaded(), &ThreadedCopyHost::jobFinished, this, &FrmCopyAllFiles::onJobFinished);
 
     buildWindow();
@@ -123,9 +116,7 @@ FrmCopyAllFiles::FrmCopyAllFiles(const FrmCopyAllFilesServices& services, QWidge
 FrmCopyAllFiles::~FrmCopyAllFiles()
 {
     // A batch still running ends after its block, as after a cancel: the partial file stays.
-    m_state.stopRequested = true;
-    m_state.cancelRequested = true;
-    m_worker->threaded().shutdown();
+    m_worker->shutdown();
 }
 
 void FrmCopyAllFiles::buildWindow()
@@ -191,11 +182,18 @@ void FrmCopyAllFiles::buildWindow()
 
 void FrmCopyAllFiles::resetFigures()
 {
-    m_lblYiFuZhi->setText(kIdleBytes);
-    m_lblZongJiHaoShi->setText(kIdleDuration);
-    m_lblGuJiXiaoHao->setText(kIdleDuration);
-    m_lblShuJuLiuLiang->setText(kIdleThroughput);
+    m_state.meter.reset();
+    showFigures();
     m_lblCurrentTime->setText(now().toString(QStringLiteral("HH:mm:ss")));
+}
+
+void FrmCopyAllFiles::showFigures()
+{
+    const ProgressTexts texts = m_state.meter.texts();
+    m_lblYiFuZhi->setText(texts.copied);
+    m_lblZongJiHaoShi->setText(texts.elapsed);
+    m_lblGuJiXiaoHao->setText(texts.estimated);
+    m_lblShuJuLiuLiang->setText(texts.throughput);
 }
 
 QTime FrmCopyAllFiles::now() const
@@ -266,14 +264,8 @@ void FrmCopyAllFiles::cmdCancelClick()
 void FrmCopyAllFiles::tmrStopTimer()
 {
     m_tmrStop->stop();
-    m_cancelling = true;
-    holdCancel();
-}
-
-void FrmCopyAllFiles::holdCancel()
-{
-    if (!m_cancelling)
-        return;
+    // Held: the start of the next file, and the end of the file in hand, do not undo it.
+    m_state.cancelHeld = true;
     m_state.stopRequested = true;
     m_state.cancelRequested = true;
 }
@@ -283,23 +275,21 @@ void FrmCopyAllFiles::holdCancel()
 void FrmCopyAllFiles::tmrTimeTimer()
 {
     const QTime time = now();
-    m_state.elapsedSeconds += tickDelta(time.second(), m_lastSecond);
-    m_lastSecond = time.second();
-    const BatchFigures figures = computeBatchFigures(counters(), m_filePosition, m_state.elapsedSeconds);
-    m_lblZongJiHaoShi->setText(durationText(figures.batchSeconds));
+    m_state.meter.tick(time.second(), m_filePosition, 0);
+    showFigures();
     m_lblCurrentTime->setText(time.toString(QStringLiteral("HH:mm:ss")));
-    if (figures.estimatedSeconds >= 0) { // nothing copied yet: the figure keeps its text
-        m_state.estimatedSeconds = clampToInt(figures.estimatedSeconds);
-        m_lblGuJiXiaoHao->setText(durationText(figures.estimatedSeconds));
-    }
-    m_lblShuJuLiuLiang->setText(files::formatKBps(figures.kilobytesPerSecond));
 }
 
 // ---- BatchHost on the UI thread ----
 
-int FrmCopyAllFiles::showBox(const platform::MessageBox& box)
+int FrmCopyAllFiles::ask(const platform::MessageBox& question)
 {
-    return m_services.prompts.showBox(box, isVisible() ? this : parentWidget());
+    return m_services.prompts.showBox(question, isVisible() ? this : parentWidget());
+}
+
+void FrmCopyAllFiles::notify(const platform::MessageBox& notice)
+{
+    m_services.prompts.showBox(notice, isVisible() ? this : parentWidget());
 }
 
 void FrmCopyAllFiles::log(const QString& entry)
@@ -308,67 +298,49 @@ void FrmCopyAllFiles::log(const QString& entry)
         m_services.log(entry);
 }
 
-void FrmCopyAllFiles::enterCopyingState()
+void FrmCopyAllFiles::modeChanged(CopyMode mode)
 {
-    // A file starts: its seconds count from this second. The tick goes on from file to file (restarting
-    // it for every file would starve it in a batch of files shorter than a second).
-    m_lastSecond = now().second();
-    m_state.copyRunning = true;
-    if (!m_tmrTime->isActive())
-        m_tmrTime->start();
-    m_cmdCancel->setEnabled(true);
-    holdCancel(); // the engine clears the flags for every file; a cancel made meanwhile must hold
+    switch (mode) {
+    case CopyMode::Copying:
+        // A file starts: its seconds count from this second. The tick goes on from file to file
+        // (restarting it for every file would starve it in a batch of files shorter than a second).
+        m_state.meter.start(now().second());
+        if (!m_tmrTime->isActive())
+            m_tmrTime->start();
+        m_cmdCancel->setEnabled(true);
+        break;
+    case CopyMode::Stopped:
+        m_tmrTime->stop();
+        break;
+    case CopyMode::Idle:
+    case CopyMode::IdleAfterCancel:
+        // The per-file reset: the bar is cleared, the batch's figures stay.
+        m_filePosition = 0;
+        m_picProgressBar->clear();
+        if (mode == CopyMode::IdleAfterCancel)
+            resetFigures();
+        break;
+    case CopyMode::StayPaused:
+        break; // a batch does not pause
+    }
 }
 
-void FrmCopyAllFiles::enterIdleState()
-{
-    // The per-file reset: the bar is cleared, the batch's figures stay.
-    m_filePosition = 0;
-    m_picProgressBar->clear();
-    holdCancel(); // a cancel in the last block of a file ends the batch there
-}
-
-void FrmCopyAllFiles::resetAfterCancel()
-{
-    enterIdleState();
-    resetFigures();
-}
-
-void FrmCopyAllFiles::stopTimer()
-{
-    m_tmrTime->stop();
-}
-
-void FrmCopyAllFiles::updateProgress(qint64 position, qint64 sourceLength)
+void FrmCopyAllFiles::progress(qint64 position, qint64 sourceLength)
 {
     m_filePosition = position;
-    m_lblYiFuZhi->setText(files::formatBytes(counters().copiedBytes + position));
+    m_state.meter.showCopied(counters().copiedBytes + position);
+    m_lblYiFuZhi->setText(m_state.meter.texts().copied);
     m_picProgressBar->setProgress(position, sourceLength);
 }
 
-void FrmCopyAllFiles::showCopiedBytes(qint64 bytes)
-{
-    m_lblYiFuZhi->setText(files::formatBytes(counters().copiedBytes + bytes));
-}
-
-QString FrmCopyAllFiles::estimatedText()
-{
-    return m_lblGuJiXiaoHao->text();
-}
-
-QString FrmCopyAllFiles::throughputText()
-{
-    return m_lblShuJuLiuLiang->text();
-}
-
-int FrmCopyAllFiles::askContinueCopy(const QString& source, const QString& destination)
+ContinueChoice FrmCopyAllFiles::askContinueCopy(const QString& source, const QString& destination)
 {
     return m_services.prompts.askContinueCopy(source, destination, isVisible() ? this : parentWidget());
 }
 
-int FrmCopyAllFiles::askExistingFile(const QString&, const QString&, QString&)
+ExistingFileAnswer FrmCopyAllFiles::askExistingFile(const QString&, const QString&)
 {
-    return 0; // a single copy's question; a batch asks askBatchExistingFile
+    return {}; // a single copy's question; a batch asks askBatchExistingFile
 }
 
 QString FrmCopyAllFiles::chooseBatchFolder(bool& copyToSameDir)
@@ -376,7 +348,7 @@ QString FrmCopyAllFiles::chooseBatchFolder(bool& copyToSameDir)
     return m_services.prompts.chooseFolder(copyToSameDir, parentWidget());
 }
 
-int FrmCopyAllFiles::askBatchExistingFile(const QString& source, const QString& destination)
+BatchExistingChoice FrmCopyAllFiles::askBatchExistingFile(const QString& source, const QString& destination)
 {
     return m_services.prompts.askBatchExistingFile(source, destination, isVisible() ? this : parentWidget());
 }

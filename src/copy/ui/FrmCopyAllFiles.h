@@ -29,9 +29,11 @@ public:
     virtual int showBox(const platform::MessageBox& box, QWidget* parent) = 0;
     // The folder choice shown with the same-folder option; empty when the user cancelled.
     virtual QString chooseFolder(bool& copyToSameDir, QWidget* parent) = 0;
-    // Answer codes as BatchHost::askContinueCopy and askBatchExistingFile.
-    virtual int askContinueCopy(const QString& source, const QString& destination, QWidget* parent) = 0;
-    virtual int askBatchExistingFile(const QString& source, const QString& destination, QWidget* parent) = 0;
+    virtual ContinueChoice askContinueCopy(const QString& source, const QString& destination, QWidget* parent)
+        = 0;
+    virtual BatchExistingChoice askBatchExistingFile(
+        const QString& source, const QString& destination, QWidget* parent)
+        = 0;
 };
 
 // The real questions: message boxes, FrmChooseDialog, ContinueCopyDialog and BatchExistingFileDialog, each
@@ -47,8 +49,10 @@ public:
     }
     int showBox(const platform::MessageBox& box, QWidget* parent) override;
     QString chooseFolder(bool& copyToSameDir, QWidget* parent) override;
-    int askContinueCopy(const QString& source, const QString& destination, QWidget* parent) override;
-    int askBatchExistingFile(const QString& source, const QString& destination, QWidget* parent) override;
+    ContinueChoice askContinueCopy(
+        const QString& source, const QString& destination, QWidget* parent) override;
+    BatchExistingChoice askBatchExistingFile(
+        const QString& source, const QString& destination, QWidget* parent) override;
 
 private:
     ResumeStore* m_resumeStore; // may be null
@@ -105,22 +109,15 @@ public:
     void tmrTimeTimer();
 
     // BatchHost, on the UI thread.
-    int showBox(const platform::MessageBox& box) override;
+    int ask(const platform::MessageBox& question) override;
+    void notify(const platform::MessageBox& notice) override;
+    ContinueChoice askContinueCopy(const QString& source, const QString& destination) override;
+    ExistingFileAnswer askExistingFile(const QString& source, const QString& destination) override;
     void log(const QString& entry) override;
-    void yield() override { }
-    void enterCopyingState() override;
-    void enterIdleState() override;
-    void resetAfterCancel() override;
-    void stopTimer() override;
-    void updateProgress(qint64 position, qint64 sourceLength) override;
-    void showCopiedBytes(qint64 bytes) override;
-    QString estimatedText() override;
-    QString throughputText() override;
-    int askContinueCopy(const QString& source, const QString& destination) override;
-    int askExistingFile(const QString& source, const QString& destination, QString& newName) override;
-    void stayPaused() override { }
+    void progress(qint64 position, qint64 sourceLength) override;
+    void modeChanged(CopyMode mode) override;
     QString chooseBatchFolder(bool& copyToSameDir) override;
-    int askBatchExistingFile(const QString& source, const QString& destination) override;
+    BatchExistingChoice askBatchExistingFile(const QString& source, const QString& destination) override;
     void startAnimation() override;
     void stopAnimation() override;
     void showFile(const QString& sourceText, const QString& destinationText, const QString& countText,
@@ -135,11 +132,11 @@ protected:
 private:
     void buildWindow();
     void resetFigures();
+    void showFigures(); // the meter's figures on their labels
     void cmdCancelClick();
     void tmrStopTimer();
     void onJobFinished();
     QTime now() const;
-    void holdCancel(); // a cancel, once made, is not undone by the start of the next file
 
     FrmCopyAllFilesServices m_services;
     CopyState m_state;
@@ -148,8 +145,6 @@ private:
     BatchResult m_result; // written by the worker's job, read once it has finished
     bool m_started = false;
     bool m_finished = false;
-    bool m_cancelling = false; // tmrStop has set the flags
-    int m_lastSecond = 0; // second of the minute at the previous tick
     qint64 m_filePosition = 0; // position of the last block shown; 0 between files
 
     QLabel* m_lblSurFilePath = nullptr;

@@ -95,7 +95,7 @@ void ThreadedCopyHost::flushProgress()
     if (!m_progressDirty.exchange(false))
         return;
     ++m_refreshes;
-    m_uiHost.updateProgress(m_latestPosition, m_latestLength);
+    m_uiHost.progress(m_latestPosition, m_latestLength);
 }
 
 template<typename T> T ThreadedCopyHost::callOnUi(std::function<T()> call, T fallback)
@@ -160,12 +160,29 @@ void ThreadedCopyHost::postToUi(std::function<void()> call)
         Qt::QueuedConnection);
 }
 
-int ThreadedCopyHost::showBox(const platform::MessageBox& box)
+int ThreadedCopyHost::ask(const platform::MessageBox& question)
 {
     // Without a window to ask, the answer that keeps the user's files: No (keep the partial copy).
-    const int fallback
-        = box.buttons == platform::BoxButtons::YesNo ? platform::kAnswerNo : platform::kAnswerOk;
-    return callOnUi<int>([this, box] { return m_uiHost.showBox(box); }, fallback);
+    return callOnUi<int>([this, question] { return m_uiHost.ask(question); }, platform::kAnswerNo);
+}
+
+void ThreadedCopyHost::notify(const platform::MessageBox& notice)
+{
+    runVoid([this, notice] { m_uiHost.notify(notice); });
+}
+
+ContinueChoice ThreadedCopyHost::askContinueCopy(const QString& source, const QString& destination)
+{
+    return callOnUi<ContinueChoice>(
+        [this, source, destination] { return m_uiHost.askContinueCopy(source, destination); },
+        ContinueChoice::GiveUp);
+}
+
+ExistingFileAnswer ThreadedCopyHost::askExistingFile(const QString& source, const QString& destination)
+{
+    return callOnUi<ExistingFileAnswer>(
+        [this, source, destination] { return m_uiHost.askExistingFile(source, destination); },
+        ExistingFileAnswer{});
 }
 
 void ThreadedCopyHost::log(const QString& entry)
@@ -183,27 +200,7 @@ void ThreadedCopyHost::log(const QString& entry)
         Qt::QueuedConnection);
 }
 
-void ThreadedCopyHost::enterCopyingState()
-{
-    runVoid([this] { m_uiHost.enterCopyingState(); });
-}
-
-void ThreadedCopyHost::enterIdleState()
-{
-    runVoid([this] { m_uiHost.enterIdleState(); });
-}
-
-void ThreadedCopyHost::resetAfterCancel()
-{
-    runVoid([this] { m_uiHost.resetAfterCancel(); });
-}
-
-void ThreadedCopyHost::stopTimer()
-{
-    runVoid([this] { m_uiHost.stopTimer(); });
-}
-
-void ThreadedCopyHost::updateProgress(qint64 position, qint64 sourceLength)
+void ThreadedCopyHost::progress(qint64 position, qint64 sourceLength)
 {
     m_latestPosition = position;
     m_latestLength = sourceLength;
@@ -212,48 +209,9 @@ void ThreadedCopyHost::updateProgress(qint64 position, qint64 sourceLength)
         flushProgress();
 }
 
-void ThreadedCopyHost::showCopiedBytes(qint64 bytes)
+void ThreadedCopyHost::modeChanged(CopyMode mode)
 {
-    runVoid([this, bytes] { m_uiHost.showCopiedBytes(bytes); });
-}
-
-QString ThreadedCopyHost::estimatedText()
-{
-    return callOnUi<QString>([this] { return m_uiHost.estimatedText(); }, QString());
-}
-
-QString ThreadedCopyHost::throughputText()
-{
-    return callOnUi<QString>([this] { return m_uiHost.throughputText(); }, QString());
-}
-
-int ThreadedCopyHost::askContinueCopy(const QString& source, const QString& destination)
-{
-    return callOnUi<int>(
-        [this, source, destination] { return m_uiHost.askContinueCopy(source, destination); }, 0);
-}
-
-int ThreadedCopyHost::askExistingFile(const QString& source, const QString& destination, QString& newName)
-{
-    struct Choice
-    {
-        int code = 0;
-        QString name;
-    };
-    const Choice choice = callOnUi<Choice>(
-        [this, source, destination] {
-            Choice c;
-            c.code = m_uiHost.askExistingFile(source, destination, c.name);
-            return c;
-        },
-        Choice{});
-    newName = choice.name;
-    return choice.code;
-}
-
-void ThreadedCopyHost::stayPaused()
-{
-    runVoid([this] { m_uiHost.stayPaused(); });
+    runVoid([this, mode] { m_uiHost.modeChanged(mode); });
 }
 
 ThreadedBatchHost::ThreadedBatchHost(BatchHost& uiHost, CopyState* state)
@@ -263,13 +221,15 @@ ThreadedBatchHost::ThreadedBatchHost(BatchHost& uiHost, CopyState* state)
 {
 }
 
-void ThreadedBatchHost::enterCopyingState()
+void ThreadedBatchHost::shutdown()
 {
-    m_threaded.enterCopyingState();
-    if (m_state && m_threaded.isShuttingDown()) {
+    if (m_state) {
+        // The batch stops after the block in hand, and every file that would still start stops at once.
+        m_state->cancelHeld = true;
         m_state->stopRequested = true;
         m_state->cancelRequested = true;
     }
+    m_threaded.shutdown();
 }
 
 QString ThreadedBatchHost::chooseBatchFolder(bool& copyToSameDir)
@@ -285,9 +245,9 @@ QString ThreadedBatchHost::chooseBatchFolder(bool& copyToSameDir)
     return choice->folder;
 }
 
-int ThreadedBatchHost::askBatchExistingFile(const QString& source, const QString& destination)
+BatchExistingChoice ThreadedBatchHost::askBatchExistingFile(const QString& source, const QString& destination)
 {
-    auto answer = std::make_shared<int>(0);
+    auto answer = std::make_shared<BatchExistingChoice>(BatchExistingChoice::EndBatch);
     m_threaded.runOnUi([this, answer, source, destination] {
         *answer = m_uiHost.askBatchExistingFile(source, destination);
     });

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "copy/BatchCopier.h"
-#include "copy/CopyHost.h"
-#include "copy/CopyState.h"
+#include "BatchCopier.h"
+#include "CopyHost.h"
+#include "CopyState.h"
 
 #include <QMutex>
 #include <QObject>
@@ -23,13 +23,12 @@ namespace vindaro::copy {
 //   the answer; the UI thread never waits for the worker, so a read that hangs for minutes leaves the
 //   window fully usable (pause, cancel and the sliders act through CopyState, between blocks).
 // - Log entries are handed over without waiting, in order with everything else.
-// - yield() does nothing: the UI thread runs on its own.
-// - Progress is coalesced: updateProgress() only keeps the latest position, and the UI host is refreshed
+// - Progress is coalesced: progress() only keeps the latest position, and the UI host is refreshed
 //   at most once per refresh interval while a job runs, plus once before every other call to the UI host
 //   (so a switch to idle that clears the bar is never overdrawn by an older position) and once when the
 //   job ends. A copy of a million tiny blocks redraws the window a few dozen times a second, not a million.
-// - shutdown() answers every pending and later question with its default (No, OK, give up) without
-//   showing it, and waits for the job to return; whoever calls it must have asked the copy to stop.
+// - shutdown() answers every pending and later question with its default (No, give up) without showing
+//   it, and waits for the job to return; whoever calls it must have asked the copy to stop.
 class ThreadedCopyHost final : public QObject, public CopyHost
 {
     Q_OBJECT
@@ -59,20 +58,13 @@ public:
     void postToUi(std::function<void()> call);
 
     // CopyHost, called on the worker thread (called on the UI thread, each goes straight to the UI host).
-    int showBox(const platform::MessageBox& box) override;
+    int ask(const platform::MessageBox& question) override;
+    void notify(const platform::MessageBox& notice) override;
+    ContinueChoice askContinueCopy(const QString& source, const QString& destination) override;
+    ExistingFileAnswer askExistingFile(const QString& source, const QString& destination) override;
     void log(const QString& entry) override;
-    void yield() override { }
-    void enterCopyingState() override;
-    void enterIdleState() override;
-    void resetAfterCancel() override;
-    void stopTimer() override;
-    void updateProgress(qint64 position, qint64 sourceLength) override;
-    void showCopiedBytes(qint64 bytes) override;
-    QString estimatedText() override;
-    QString throughputText() override;
-    int askContinueCopy(const QString& source, const QString& destination) override;
-    int askExistingFile(const QString& source, const QString& destination, QString& newName) override;
-    void stayPaused() override;
+    void progress(qint64 position, qint64 sourceLength) override;
+    void modeChanged(CopyMode mode) override;
 
 signals:
     void jobFinished(int result);
@@ -103,10 +95,7 @@ private:
 // batch's own calls are marshalled the same way to the batch window on the UI thread. The promises of
 // ThreadedCopyHost hold for all of them; in addition, the file labels and the animation are handed over
 // without waiting (nothing comes back from them), and after shutdown() the folder choice answers "none"
-// (the batch does not start), the existing-file question 0 (the batch ends), and with a `state` every
-// file that starts is stopped before its first block (stopRequested and cancelRequested set again after
-// the engine cleared them), so a batch shut down between two files ends there instead of copying the
-// rest with no window to show it.
+// (the batch does not start) and the existing-file question ends the batch.
 class ThreadedBatchHost final : public BatchHost
 {
 public:
@@ -116,32 +105,28 @@ public:
 
     ThreadedCopyHost& threaded() { return m_threaded; } // run(), isBusy(), shutdown(), jobFinished
 
-    int showBox(const platform::MessageBox& box) override { return m_threaded.showBox(box); }
-    void log(const QString& entry) override { m_threaded.log(entry); }
-    void yield() override { }
-    void enterCopyingState() override;
-    void enterIdleState() override { m_threaded.enterIdleState(); }
-    void resetAfterCancel() override { m_threaded.resetAfterCancel(); }
-    void stopTimer() override { m_threaded.stopTimer(); }
-    void updateProgress(qint64 position, qint64 sourceLength) override
-    {
-        m_threaded.updateProgress(position, sourceLength);
-    }
-    void showCopiedBytes(qint64 bytes) override { m_threaded.showCopiedBytes(bytes); }
-    QString estimatedText() override { return m_threaded.estimatedText(); }
-    QString throughputText() override { return m_threaded.throughputText(); }
-    int askContinueCopy(const QString& source, const QString& destination) override
+    int ask(const platform::MessageBox& question) override { return m_threaded.ask(question); }
+    void notify(const platform::MessageBox& notice) override { m_threaded.notify(notice); }
+    ContinueChoice askContinueCopy(const QString& source, const QString& destination) override
     {
         return m_threaded.askContinueCopy(source, destination);
     }
-    int askExistingFile(const QString& source, const QString& destination, QString& newName) override
+    ExistingFileAnswer askExistingFile(const QString& source, const QString& destination) override
     {
-        return m_threaded.askExistingFile(source, destination, newName);
+        return m_threaded.askExistingFile(source, destination);
     }
-    void stayPaused() override { m_threaded.stayPaused(); }
+    void log(const QString& entry) override { m_threaded.log(entry); }
+    void progress(qint64 position, qint64 sourceLength) override
+    {
+        m_threaded.progress(position, sourceLength);
+    }
+    void modeChanged(CopyMode mode) override { m_threaded.modeChanged(mode); }
 
     QString chooseBatchFolder(bool& copyToSameDir) override;
-    int askBatchExistingFile(const QString& source, const QString& destination) override;
+    BatchExistingChoice askBatchExistingFile(const QString& source, const QString& destination) override;
+    // Answers every question from here on with its default and waits for the batch's job, which stops
+    // before the next file's first block: no file starts with no window to show it.
+    void shutdown();
     void startAnimation() override;
     void stopAnimation() override;
     void showFile(const QString& sourceText, const QString& destinationText, const QString& countText,
