@@ -390,20 +390,23 @@ char mapfilePhase(const RescueMap& map)
     return '+';
 }
 
+MapfileStatus mapfileStatusOf(const RescueMap& map)
+{
+    MapfileStatus status;
+    status.phase = mapfilePhase(map);
+    const std::optional<RescueState> worked = rescueStateFromChar(status.phase);
+    if (status.phase != '+' && worked) {
+        if (const auto range = map.nextRange(*worked, 0))
+            status.currentOffset = range->offset;
+    }
+    return status;
+}
+
 QByteArray formatMapfile(
     const RescueMap& map, const MapfileHeader& header, std::optional<MapfileStatus> status)
 {
-    if (!status) {
-        MapfileStatus derived;
-        derived.phase = mapfilePhase(map);
-        derived.currentOffset = 0;
-        const std::optional<RescueState> worked = rescueStateFromChar(derived.phase);
-        if (derived.phase != '+' && worked) {
-            if (const auto range = map.nextRange(*worked, 0))
-                derived.currentOffset = range->offset;
-        }
-        status = derived;
-    }
+    if (!status)
+        status = mapfileStatusOf(map);
 
     QByteArray text;
     text.reserve(200 + map.rangeCount() * 28);

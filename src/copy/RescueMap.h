@@ -166,8 +166,11 @@ struct MapfileHeader
 // The phase a map is in, as ddrescue would say it: copying while bytes are untried, then trimming,
 // scraping, else finished.
 char mapfilePhase(const RescueMap& map);
-// The mapfile text of `map` as ddrescue writes it: the comment header, the status line (`status`;
-// without one, the first untried byte of the phase mapfilePhase() names, pass 1) and every range in hex.
+// The status line for a map when its writer says none: that phase, pass 1, at the first byte the phase
+// works on (0 when finished).
+MapfileStatus mapfileStatusOf(const RescueMap& map);
+// The mapfile text of `map` as ddrescue writes it: the comment header, the status line (`status`, or
+// mapfileStatusOf() without one) and every range in hex.
 QByteArray formatMapfile(
     const RescueMap& map, const MapfileHeader& header, std::optional<MapfileStatus> status = {});
 // Writes formatMapfile() to `path` through QSaveFile: on failure the file there stays as it was and

@@ -2,6 +2,7 @@
 #include "copy/RescueMap.h"
 #include "copy/RescueMapStore.h"
 #include "copy/RescueMessages.h"
+#include "fakes/MemoryRescueMapStore.h"
 
 #include <QDir>
 #include <QFile>
@@ -206,6 +207,33 @@ TEST(RescueMapStore, KeepsOneMapPerDestinationUntilRemoved)
     ASSERT_TRUE(store.save(b, mapB));
     ASSERT_TRUE(store.load(b, loaded));
     EXPECT_EQ(loaded, mapB);
+}
+
+// The fake the engine's tests use answers as the real store does.
+TEST(RescueMapStore, TheMemoryFakeAnswersAsTheFileStore)
+{
+    QTemporaryDir dir;
+    FileRescueMapStore file(QStringLiteral("Vindaro 2.0.0"), dir.path());
+    vindaro::testing::MemoryRescueMapStore memory;
+    MapfileStatus given;
+    given.currentOffset = 7;
+    given.phase = '*';
+    for (RescueMapStore* store :
+        {static_cast<RescueMapStore*>(&file), static_cast<RescueMapStore*>(&memory)}) {
+        RescueMap map;
+        MapfileStatus status;
+        EXPECT_FALSE(store->load(QStringLiteral("/a.dat"), map));
+        ASSERT_TRUE(store->save(QStringLiteral("/a.dat"), everyState()));
+        ASSERT_TRUE(store->load(QStringLiteral("/a.dat"), map, &status));
+        EXPECT_EQ(map, everyState());
+        EXPECT_EQ(status.currentOffset, 5 * kGiB); // the first untried byte
+        ASSERT_TRUE(store->save(QStringLiteral("/a.dat"), RescueMap(10), given));
+        ASSERT_TRUE(store->load(QStringLiteral("/a.dat"), map, &status));
+        EXPECT_EQ(status.currentOffset, 7);
+        EXPECT_EQ(status.phase, '*');
+        store->remove(QStringLiteral("/a.dat"));
+        EXPECT_FALSE(store->load(QStringLiteral("/a.dat"), map));
+    }
 }
 
 TEST(RescueMapStore, AFailedSaveLeavesTheKeptMapAndSaysWhy)
