@@ -140,7 +140,7 @@ std::optional<PackHeader> MpegClock::firstPack()
 {
     if (!m_firstLooked) {
         m_firstLooked = true;
-        m_first = packAtOrAfter(0);
+        m_first = packAtOrAfter(0, kFirstPackBytes);
     }
     return m_first;
 }

@@ -34,6 +34,7 @@ class MpegClock
 public:
     static constexpr qint64 kChunkBytes = 16 * 1024;
     static constexpr qint64 kSearchBytes = 1024 * 1024;
+    static constexpr qint64 kFirstPackBytes = 16 * 1024 * 1024;
     // A pack header is at most this long before its stuffing (MPEG-2: 14 bytes).
     static constexpr qint64 kHeaderBytes = 14;
 
@@ -46,7 +47,8 @@ public:
     std::optional<PackHeader> packAtOrBefore(qint64 offset, qint64 limit = kSearchBytes);
     std::optional<PackHeader> packAtOrAfter(qint64 offset, qint64 limit = kSearchBytes);
 
-    // The first pack header of the file (looked for once, in its first kSearchBytes).
+    // The first pack header of the file, looked for once in its first kFirstPackBytes: a copy may have
+    // lost its first megabytes.
     std::optional<PackHeader> firstPack();
     // Seconds of play from the file's start to `pack`, across one wrap of the 33-bit clock; nothing
     // without a first pack, when `pack` lies before it or when the clock went back (a joined stream).

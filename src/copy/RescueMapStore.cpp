@@ -31,10 +31,17 @@ QString FileRescueMapStore::pathFor(const QString& destination) const
     return m_folder + QLatin1Char('/') + QString::fromLatin1(hash) + QStringLiteral(".map");
 }
 
+QString FileRescueMapStore::errorString() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_errorString;
+}
+
 bool FileRescueMapStore::load(const QString& destination, RescueMap& map, MapfileStatus* status)
 {
     if (destination.isEmpty())
         return false;
+    const std::lock_guard<std::mutex> lock(m_mutex);
     const MapfileResult read = readMapfile(pathFor(destination), -1);
     if (!read.ok())
         return false;
@@ -47,6 +54,7 @@ bool FileRescueMapStore::load(const QString& destination, RescueMap& map, Mapfil
 bool FileRescueMapStore::save(
     const QString& destination, const RescueMap& map, std::optional<MapfileStatus> status)
 {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     m_errorString.clear();
     if (destination.isEmpty()) {
         m_errorString = msg::mapStoreNoDestination();
@@ -65,6 +73,7 @@ bool FileRescueMapStore::save(
 
 void FileRescueMapStore::remove(const QString& destination)
 {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     if (!destination.isEmpty())
         QFile::remove(pathFor(destination));
 }

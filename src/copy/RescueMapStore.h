@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <mutex>
+
 namespace vindaro::copy {
 
 // Rescue maps kept between runs, one per destination path.
@@ -28,8 +30,8 @@ public:
 // - Every save replaces the file through QSaveFile: a crash or a full disk leaves the previous map whole,
 //   and the save answers false with errorString() set.
 // - A kept file that is damaged or not a mapfile reads as "no map"; a read never changes it.
-// - Saves of different destinations touch different files: two stores, or two threads with a store each,
-//   may work side by side. One object is not to be shared between threads.
+// - Saves of different destinations touch different files, so two stores (two windows, two runs) work side
+//   by side; one store may be shared by the window and its copy's worker thread.
 class FileRescueMapStore final : public RescueMapStore
 {
 public:
@@ -50,11 +52,12 @@ public:
     void remove(const QString& destination) override;
 
     // Why the last save failed, in the program's words; empty after a success.
-    QString errorString() const { return m_errorString; }
+    QString errorString() const;
 
 private:
     QString m_creator;
     QString m_folder;
+    mutable std::mutex m_mutex; // guards m_errorString and orders saves and removes of one destination
     QString m_errorString;
 };
 

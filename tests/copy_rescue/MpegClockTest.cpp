@@ -127,6 +127,10 @@ TEST_F(MpegClockTest, SearchesStayWithinTheirWindowTheFileAndTheFirstFailedRead)
     EXPECT_FALSE(clock.packAtOrAfter(0));
     EXPECT_FALSE(clock.packAtOrAfter(2 << 20));
     EXPECT_EQ(clock.packAtOrAfter((2 << 20) + 1)->offset, 3 << 20);
+    // The first pack is looked for further; the lost bytes before it count at the stream's rate
+    // (3,528 x 50 bytes a second).
+    ASSERT_EQ(clock.firstPack()->offset, 3 << 20);
+    EXPECT_NEAR(*clock.secondsAt(*clock.firstPack()), double(3 << 20) / 176'400, 1e-6);
 
     // A read that fails ends the search.
     m_files.faults(QStringLiteral("/c.dat")).badReads = {ByteRange{0, 4096}};
