@@ -19,7 +19,7 @@ packages=(cmake ninja-build g++ pkg-config clang-format git libfuse3-dev fuse3
   libgl1-mesa-dev libgtest-dev xvfb xauth fonts-wqy-microhei zip gstreamer1.0-tools
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav
   qt6-svg-dev qt6-translations-l10n desktop-file-utils appstream lintian dpkg-dev man-db bash-completion
-  libcdio-dev libiso9660-dev libcdio-utils vcdimager ffmpeg)
+  libcdio-dev libiso9660-dev libcdio-utils vcdimager ffmpeg gddrescue)
 
 missing=()
 for p in "${packages[@]}"; do

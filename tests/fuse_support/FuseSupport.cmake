@@ -45,3 +45,6 @@ function(vindaro_fuse_test name)
     target_compile_definitions(${name} PRIVATE ${macro}="$<TARGET_FILE:${program}>")
   endforeach()
 endfunction()
+
+# The scratched disc of bench/rescue_bench.sh: seeded bad sectors that fail slowly, and a checker of copies.
+vindaro_fuse_program(damaged_disc_fs SOURCES ${CMAKE_CURRENT_LIST_DIR}/DamagedDiscFs.cpp)
