@@ -86,7 +86,8 @@ dst="$work/out/copy.vob"
 run_tool "vindaro-copy (default)" "$tool" -q "$src" "$dst"
 # ---- vindaro-copy --refine: run once the tool offers it -------------------------------------------------
 if "$tool" --help 2>&1 | grep -q -- '--refine'; then
-  run_tool "vindaro-copy --refine" "$tool" -q --refine "$src" "$dst"
+  # the disc reads and fails in 2,048-byte sectors, as an optical disc does
+  run_tool "vindaro-copy --refine" "$tool" -q --refine --sector 2048 "$src" "$dst"
 else
   echo "vindaro-copy has no --refine yet: its row is left out"
 fi

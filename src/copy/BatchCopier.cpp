@@ -188,10 +188,12 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
     const QString totalLabel = msg::batchTotal(total);
     QStringList finishedDestinations; // their records go once the device has confirmed the batch
     QStringList foldersWritten;
+    qsizetype reached = 0;
     for (qsizetype i = 0; i < batchFiles.size(); ++i) {
         // A cancel that came between two files ends the batch before the next destination is touched.
         if (m_state.stopRequested)
             break;
+        reached = i + 1;
         const QString& source = batchFiles[i];
         const QString destination = destinationFor(source, folder, copyToSameDir);
         m_host.showFile(msg::batchFromText(source), msg::batchToText(destination),
@@ -208,6 +210,11 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
         const CopyOutcome outcome = copyOneFile(source, destination, skipThisFile, usedDestination);
         if (!skipThisFile)
             m_counters.copiedBytes += lengths[i]; // the length counted in the total
+        if (!skipThisFile && outcome != CopyOutcome::NotStarted) {
+            RescueMap map = m_copier.rescueMap();
+            if (map.size() == lengths[i])
+                result.copies.push_back(DamageInput{source, usedDestination, lengths[i], std::move(map)});
+        }
 
         if (skipThisFile)
             ++result.skipped;
@@ -237,6 +244,7 @@ BatchResult BatchCopier::copyingFiles(const QStringList& entries)
         if (stop)
             break;
     }
+    result.notReached = batchFiles.mid(reached);
     // A file's end checks its close alone (a sync after each of thousands of small files would cost more
     // than the copy), so a write-back failure may still come: one sync of each file system written to
     // before the batch ends, and the finished files' records are dropped only once it is confirmed.

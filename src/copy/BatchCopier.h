@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CopySession.h"
+#include "DamageReport.h"
 
 #include <QHash>
 #include <QSet>
@@ -58,6 +59,9 @@ struct BatchResult
     int failed = 0;
     int withSkips = 0; // finished, with unreadable stretches left as zeros
     bool syncFailed = false; // the device did not confirm what was written: a box said so
+    // Each file whose copy ran, with its rescue map when maps are kept: the damage report's input.
+    std::vector<DamageInput> copies;
+    QStringList notReached; // the batch ended before these files
 };
 
 // The batch's one-second figures: bytes of the whole batch so far, seconds of the finished files plus the

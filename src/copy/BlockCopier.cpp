@@ -3,10 +3,18 @@
 #include "CopyMessages.h"
 #include "CopyText.h"
 
+#include <QElapsedTimer>
+
 #include <cerrno>
 #include <chrono>
 
 namespace vindaro::copy {
+
+namespace {
+
+constexpr qint64 kCheckpointMilliseconds = 30000; // a crash loses at most this much of a copy's record
+
+} // namespace
 
 using platform::BoxButtons;
 using platform::BoxIcon;
@@ -111,6 +119,14 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
     // the record this one continues from.
     m_durable = Positions{m_state.position, m_state.mergePosition};
     noteWritten(m_state.position, m_state.mergePosition);
+    // A merge closes up behind what it skips: its bytes have no place of their own in the source to map.
+    m_mapActive = m_maps && !merge;
+    {
+        const std::lock_guard<std::mutex> lock(m_mapMutex);
+        m_mapStarted = false;
+    }
+    QElapsedTimer sinceCheckpoint;
+    sinceCheckpoint.start();
 
     enum class End
     {
@@ -137,6 +153,14 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
             continue;
         }
         m_state.sourceLength = sourceLength;
+        if (m_mapActive) {
+            if (!m_mapStarted)
+                startMap(destination, sourceLength);
+            else if (m_map.size() != sourceLength) {
+                const std::lock_guard<std::mutex> lock(m_mapMutex);
+                m_map.resize(sourceLength); // the source grew or shrank under us
+            }
+        }
 
         if (sourceLength == 0 && !merge) {
             // Nothing to read block by block: the plain file copy makes the (empty) destination. A
@@ -229,6 +253,7 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
             }
             if (flushed == Flush::Done) {
                 noteWritten(m_run.end.position, m_run.end.mergePosition);
+                markCopied(m_run.sourceOffset, m_run.bytes);
             } else {
                 // Back to the run's first block. A manual skip made since its last block is dropped: the
                 // blocks are read again and the copy goes on from where the run ended, copying more rather
@@ -250,9 +275,23 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
                     end = End::DestinationFailed;
                 break;
             }
+            if (m_mapActive) {
+                // What an earlier run copied is not read again: the copy goes on after it.
+                const qint64 at = m_state.position - 1;
+                if (at >= 0 && at < sourceLength) {
+                    std::unique_lock<std::mutex> lock(m_mapMutex);
+                    const RescueRange range = m_map.rangeAt(at);
+                    lock.unlock();
+                    // The next block starts on the last copied byte, as every block overlaps the one before.
+                    if (range.state == RescueState::Copied && range.end() - 1 > at)
+                        m_state.position += range.end() - 1 - at; // added: a manual skip made meanwhile adds up
+                }
+            }
             const qint64 position = m_state.position;
             // One byte more than the step, but never past the source's last byte.
             const qint64 wanted = std::max<qint64>(0, std::min(bufferBytes, sourceLength - position + 1));
+            m_lastReadOffset = position - 1;
+            m_lastReadBytes = wanted;
             if (wanted > 0) {
                 const qint64 readOffset = position - 1;
                 const qint64 writeOffset = (merge ? m_state.mergePosition.load() : position) - 1;
@@ -305,6 +344,7 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
                             end = End::DestinationFailed;
                             break;
                         }
+                        markCopied(readOffset, wanted);
                     }
                 }
             }
@@ -317,6 +357,21 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
                 m_run.end = Positions{m_state.position, m_state.mergePosition};
             } else {
                 noteWritten(m_state.position, m_state.mergePosition);
+            }
+            if (m_mapActive && sinceCheckpoint.elapsed() >= kCheckpointMilliseconds) {
+                // The record and map of what is on the device, so a crash loses at most this long.
+                sinceCheckpoint.restart();
+                const Flush flushed = writeRun();
+                if (flushed == Flush::Abandoned)
+                    return CopyOutcome::Cancelled;
+                if (flushed == Flush::Failed) {
+                    end = End::DestinationFailed;
+                    break;
+                }
+                if (flushed == Flush::Done && out->sync().ok()) {
+                    m_durable = Positions{m_state.writtenPosition, m_state.writtenMergePosition};
+                    saveResumeRecord(destination);
+                }
             }
             if (m_state.position >= sourceLength - step) {
                 const Flush flushed = writeRun();
@@ -434,6 +489,8 @@ bool BlockCopier::onFailure(const IoResult& io, IoSide side, const QString& sour
     case Action::SkipBlock:
     case Action::SkipStretch: {
         const qint64 blocks = action == Action::SkipBlock ? 1 : m_batch ? 80 : qint64(m_state.skipBlocks) * 8;
+        // The block whose read failed holds a bad sector somewhere; the rest of the stretch is not tried.
+        markUntried(m_lastReadOffset, m_lastReadBytes, RescueState::NonTrimmed);
         m_state.position += blocks * m_state.blockBytes;
         noteWritten(m_state.position, m_state.mergePosition); // the stretch is left out on purpose
         ++m_skips;
@@ -495,6 +552,14 @@ bool BlockCopier::endBatch(bool keepRecord, CopyOutcome& outcome)
 CopyOutcome BlockCopier::finish(
     const QString& source, const QString& destination, bool merge, bool showCopied)
 {
+    if (m_mapActive) {
+        // A whole copy leaves no map behind; one with skipped stretches keeps it for a refine pass.
+        const RescueMap map = rescueMap();
+        if (map.isComplete())
+            m_maps->remove(destination);
+        else
+            m_maps->save(destination, map);
+    }
     if (m_batch) {
         enterIdleState(); // the per-file reset; the batch goes on with the next file
         return m_skips > 0 ? CopyOutcome::FinishedWithSkips : CopyOutcome::Finished;
@@ -522,6 +587,7 @@ CopyOutcome BlockCopier::onStop(const QString& source, const QString& destinatio
         resetAfterCancel();
         m_files.remove(destination);
         m_resumeStore.remove(destination); // a record for a file that is gone would only mislead
+        forgetMap(destination);
     } else {
         saveResumeRecord(destination);
         resetAfterCancel();
@@ -554,6 +620,47 @@ void BlockCopier::saveRecord(const QString& destination, Positions at, bool merg
         record.writePosition = at.mergePosition;
     }
     m_resumeStore.save(destination, record);
+    if (m_mapActive)
+        m_maps->save(destination, rescueMap());
+}
+
+void BlockCopier::startMap(const QString& destination, qint64 sourceLength)
+{
+    const qint64 before = std::clamp<qint64>(m_state.position - 1, 0, sourceLength);
+    RescueMap map;
+    // A copy from the first byte starts a new map; one that goes on keeps what its map knew.
+    if (before == 0 || !m_maps->load(destination, map) || map.size() != sourceLength) {
+        map = RescueMap(sourceLength);
+        map.mark(0, before, RescueState::Copied); // the destination's bytes up to where the copy goes on
+    }
+    const std::lock_guard<std::mutex> lock(m_mapMutex);
+    m_map = std::move(map);
+    m_mapStarted = true;
+}
+
+void BlockCopier::markCopied(qint64 offset, qint64 length)
+{
+    if (!m_mapActive)
+        return;
+    const std::lock_guard<std::mutex> lock(m_mapMutex);
+    m_map.mark(offset, length, RescueState::Copied);
+}
+
+void BlockCopier::markUntried(qint64 offset, qint64 length, RescueState state)
+{
+    if (!m_mapActive || length <= 0)
+        return;
+    const std::lock_guard<std::mutex> lock(m_mapMutex);
+    for (const RescueRange& range : m_map.ranges(offset, length)) {
+        if (range.state == RescueState::Untried)
+            m_map.mark(range.offset, range.length, state);
+    }
+}
+
+RescueMap BlockCopier::rescueMap() const
+{
+    const std::lock_guard<std::mutex> lock(m_mapMutex);
+    return m_mapStarted ? m_map : RescueMap();
 }
 
 void BlockCopier::abandon()

@@ -3,6 +3,7 @@
 #include "CopyHost.h"
 #include "CopyState.h"
 #include "FailurePolicy.h"
+#include "RescueMapStore.h"
 #include "ResumeRecord.h"
 #include "platform/FileIo.h"
 
@@ -59,6 +60,20 @@ public:
 
     int skippedStretches() const { return m_skips; } // unreadable stretches jumped in the last run
 
+    // Where rescue maps are kept; none: no map. A plain copy (not a merge) then keeps the map of its
+    // source's bytes as it goes (copied, skipped, found bad), saves it beside the resume record (at every
+    // record, and every 30 seconds after a sync), goes on with it (nothing copied is read again) and
+    // drops it when the copy is whole. The default path reads and writes exactly as without a map.
+    void setRescueMapStore(RescueMapStore* maps) { m_maps = maps; }
+    // The map of the copy in hand or last run (empty before the first); any thread.
+    RescueMap rescueMap() const;
+    // The destination is gone or starts over: its kept map would only mislead.
+    void forgetMap(const QString& destination)
+    {
+        if (m_maps)
+            m_maps->remove(destination);
+    }
+
     // In a batch a file ends without a box or a log entry, unreadable stretches jump a fixed 80 blocks and
     // are not logged, and failures either go on with the next file (Failed) or end the batch: stopRequested
     // is then set, with cancelRequested when the file's resume record is to be kept (Cancelled).
@@ -77,6 +92,12 @@ private:
     void noteWritten(qint64 position, qint64 mergePosition);
     void saveRecord(const QString& destination, Positions at, bool merge);
     CopyOutcome onStop(const QString& source, const QString& destination, bool merge);
+    // The map for a run that begins at `position` of a `sourceLength`-byte source: the kept one when it
+    // fits, else a new one with the bytes before `position` copied.
+    void startMap(const QString& destination, qint64 sourceLength);
+    // Marks only the bytes that no read has tried yet (a failed block never unmarks a copied byte).
+    void markUntried(qint64 offset, qint64 length, RescueState state);
+    void markCopied(qint64 offset, qint64 length);
     CopyOutcome finish(const QString& source, const QString& destination, bool merge, bool showCopied);
     // Decides what a failure means: true with `outcome` set when the copy ends, false to run the pass again.
     bool onFailure(const platform::IoResult& io, IoSide side, const QString& source,
@@ -133,6 +154,14 @@ private:
     std::timed_mutex m_writeGate;
     std::mutex m_destinationMutex;
     QString m_destination; // of the run in hand, for saveRecordOnQuit()
+
+    RescueMapStore* m_maps = nullptr;
+    bool m_mapActive = false; // the run in hand keeps a map
+    bool m_mapStarted = false; // m_map belongs to the run in hand
+    mutable std::mutex m_mapMutex; // guards m_map: the quit saves it from another thread
+    RescueMap m_map;
+    qint64 m_lastReadOffset = 0; // the block the last read asked for: a failure marks it
+    qint64 m_lastReadBytes = 0;
 };
 
 } // namespace vindaro::copy

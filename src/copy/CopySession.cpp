@@ -2,6 +2,7 @@
 
 #include "CopyMessages.h"
 #include "CopyText.h"
+#include "RescueMessages.h"
 #include "files/Format.h"
 #include "platform/Volumes.h"
 
@@ -206,6 +207,7 @@ CopyOutcome CopySession::startOver(const QString& source, const QString& destina
     // The user chose to overwrite: only here is an existing destination emptied.
     m_files.truncate(destination);
     m_resumeStore.remove(destination);
+    m_copier.forgetMap(destination);
     m_state.position = 1;
     enterCopyingState();
     return run(source, destination, false);
@@ -285,6 +287,7 @@ CopyOutcome CopySession::existingDestination(const QString& source, QString dest
         case ExistingFileChoice::Delete:
             m_files.remove(destination);
             m_resumeStore.remove(destination);
+            m_copier.forgetMap(destination);
             return CopyOutcome::NotStarted;
         case ExistingFileChoice::Rename: {
             const QString newName = answer.newName.trimmed();
@@ -303,6 +306,17 @@ CopyOutcome CopySession::existingDestination(const QString& source, QString dest
         }
         return CopyOutcome::NotStarted;
     }
+}
+
+CopyOutcome CopySession::refine(
+    const QString& source, const QString& destination, const RefineSettings& settings)
+{
+    if (!m_maps) {
+        m_host.notify(msg::noRescueMapNotice(destination));
+        return CopyOutcome::Failed;
+    }
+    RefinePass pass(m_state, m_host, m_files, *m_maps);
+    return pass.refine(source, destination, settings);
 }
 
 CopyOutcome CopySession::resumeCopy(const QString& source, const QString& destination)

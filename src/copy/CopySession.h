@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BlockCopier.h"
+#include "RefinePass.h"
 
 namespace vindaro::copy {
 
@@ -66,6 +67,15 @@ public:
     CopyOutcome startCopy(const QString& source, const QString& destination);
     // A paused copy goes on (the pause button has set the flags and its caption).
     CopyOutcome resumeCopy(const QString& source, const QString& destination);
+    // Reads what the copy to `destination` skipped, by its rescue map (see RefinePass).
+    CopyOutcome refine(const QString& source, const QString& destination, const RefineSettings& settings);
+    // Where rescue maps are kept; none: copies keep no map and refine() has nothing to go on.
+    void setRescueMapStore(RescueMapStore* maps)
+    {
+        m_maps = maps;
+        m_copier.setRescueMapStore(maps);
+    }
+    RescueMapStore* rescueMapStore() const { return m_maps; }
     // Sets and answers state.blockBytes from the read slider and the kinds of the drive and file.
     qint64 computeBlockBytes(const QString& source, const QString& destination);
 
@@ -91,6 +101,7 @@ private:
     BlockCopier m_copier;
     int m_platformFamily = 3;
     bool m_merging = false; // the running or paused loop is a merge: it goes on as one
+    RescueMapStore* m_maps = nullptr;
 };
 
 } // namespace vindaro::copy

@@ -35,6 +35,12 @@ struct CopyState
     // The program is ending without waiting for the loop: it must not write another byte.
     std::atomic<bool> abandoned{false};
 
+    // A refine pass reads what the copy skipped: its figures for the window.
+    std::atomic<bool> refining{false};
+    std::atomic<qint64> refineUntriedBytes{0};
+    std::atomic<qint64> refineBadBytes{0};
+    std::atomic<qint64> refineFailedReads{0};
+
     // The figures of the copy as shown, ticked once a second by the host; the finish entry names them.
     ProgressMeter meter{*this};
 };

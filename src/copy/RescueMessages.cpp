@@ -190,4 +190,53 @@ QString damageReportText(const DamageReport& report)
     return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 
+platform::MessageBox noRescueMapNotice(const QString& destination)
+{
+    return text::notice(QStringLiteral("没有找到“") + destination
+        + QStringLiteral("”的复制记录图（或它与源文件的大小不符），无法读取跳过的部分。"));
+}
+
+QString refineStartedEntry(const QString& source, const QString& destination)
+{
+    return QStringLiteral("读取跳过的部分：") + source + kCrLf + kIndent + QStringLiteral("到：")
+        + destination;
+}
+
+QString refineCancelledEntry(const QString& source)
+{
+    return QStringLiteral("取消读取跳过的部分：") + source;
+}
+
+QString refineFinishedEntry(const QString& source, const QString& destination, qint64 untriedBytes,
+    qint64 badBytes, qint64 failedReads, bool outOfTime)
+{
+    return (outOfTime ? QStringLiteral("读取跳过的部分（时间已到）：") : QStringLiteral("跳过的部分已读完："))
+        + source + kCrLf + kIndent + QStringLiteral("到：") + destination + kCrLf + kIndent
+        + refineFigures(untriedBytes, badBytes, failedReads);
+}
+
+platform::MessageBox refineFinishedNotice(const QString& destination, qint64 missingBytes)
+{
+    if (missingBytes == 0)
+        return text::notice(destination + kCrLf + QStringLiteral("跳过的部分已全部读出，文件已完整。"),
+            QStringLiteral("读取完毕！"));
+    return text::notice(destination + kCrLf + QStringLiteral("仍有") + files::groupDigits(missingBytes)
+            + QStringLiteral("字节读不出来。"),
+        QStringLiteral("读取完毕！"));
+}
+
+platform::MessageBox refineQuestion(qint64 untriedBytes)
+{
+    return text::question(QStringLiteral("复制时跳过了") + files::groupDigits(untriedBytes)
+        + QStringLiteral("字节没有读取。是否现在读取跳过的部分？") + kCrLf
+        + QStringLiteral("是[Y]：现在读取，只读跳过的部分") + kCrLf + QStringLiteral("否[N]：以后再说"));
+}
+
+QString refineFigures(qint64 untriedBytes, qint64 badBytes, qint64 failedReads)
+{
+    return QStringLiteral("未读：") + files::groupDigits(untriedBytes) + QStringLiteral("字节  坏区：")
+        + files::groupDigits(badBytes) + QStringLiteral("字节  读取失败：") + files::groupDigits(failedReads)
+        + QStringLiteral("次");
+}
+
 } // namespace vindaro::copy::msg

@@ -29,4 +29,16 @@ inline constexpr int kListedHoles = 50;
 QString damageReportEntry(const DamageReport& report);
 QString damageReportText(const DamageReport& report);
 
+// The refine pass: reading what a copy skipped.
+platform::MessageBox noRescueMapNotice(const QString& destination);
+QString refineStartedEntry(const QString& source, const QString& destination);
+QString refineCancelledEntry(const QString& source);
+QString refineFinishedEntry(const QString& source, const QString& destination, qint64 untriedBytes,
+    qint64 badBytes, qint64 failedReads, bool outOfTime);
+platform::MessageBox refineFinishedNotice(const QString& destination, qint64 missingBytes);
+// After a copy or batch with skipped bytes: read them now?
+platform::MessageBox refineQuestion(qint64 untriedBytes);
+// The refine figures under the progress bar: "未读：…字节  坏区：…字节  读取失败：…次".
+QString refineFigures(qint64 untriedBytes, qint64 badBytes, qint64 failedReads);
+
 } // namespace vindaro::copy::msg

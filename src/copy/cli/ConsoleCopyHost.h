@@ -38,6 +38,7 @@ public:
     // A batch: the folder, and whether every file goes straight into it.
     QString batchFolder;
     bool batchSameFolder = true;
+    QTextStream& out() { return m_out; } // where log entries go
     // The batch's counters once it runs: the figures are then the whole batch's.
     void setBatchCounters(const BatchCounters* counters);
 

@@ -4,6 +4,8 @@
 #include "copy/BatchCopier.h"
 #include "copy/CopySession.h"
 #include "copy/FileResumeStore.h"
+#include "copy/RescueMapStore.h"
+#include "copy/RescueMessages.h"
 #include "copy/VolumeDriveFacts.h"
 #include "disc/DiscFileLayer.h"
 #include "oplog/OperationLog.h"
@@ -11,6 +13,7 @@
 #include "sysinfo/ProgramInfo.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QTextStream>
@@ -20,6 +23,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <functional>
+#include <limits>
 #include <thread>
 #include <unistd.h>
 
@@ -63,6 +67,13 @@ Mode 2 Form 2 扇区上的文件，无论是这样写还是写成已挂载光盘
   -k, --keep-folders     批量复制：在文件夹下保留源文件所在卷下的文件夹路径
                            （/media/cdrom/MPEGAV/AVSEQ01.DAT → 文件夹/MPEGAV/AVSEQ01.DAT）
   -y, --ignore-space     目标磁盘空间不足时仍然继续复制
+      --refine           复制完成后再读取跳过的部分：只读没有读过的扇区，先从每段跳过部分的两头往里读，
+                           再读中间，尽量少碰读不出的扇区（批量复制时对每个有跳过部分的文件都这样做）
+      --refine-only      不复制，只读取目标文件以前跳过的部分（按它的复制记录图，或 --map 给出的映射文件）
+      --refine-time 秒   读取跳过部分最多用这么多秒（默认不限）
+      --sector 字节数    读取跳过部分时一次读的扇区大小（默认按设备：光盘 2048，其他 512）
+      --map 映射文件     GNU ddrescue 格式的映射文件：存在时先读入，作为目标文件的复制记录图（与源文件大小
+                           不符时拒绝，什么也不改）；结束时把复制记录图写回这个文件
   -q, --quiet            不显示进度行
   -h, --help             显示本说明
       --version          显示版本号
@@ -70,6 +81,9 @@ Mode 2 Form 2 扇区上的文件，无论是这样写还是写成已挂载光盘
 输出：日志条目（“文件跳过：”等）写到标准输出；进度行（已复制、已用时间、剩余时间、估计消耗、
 存取速度）写到标准错误。按 Ctrl-C 取消复制：已复制的部分保留，并保存续拷记录，
 以后用 --existing continue 继续。再按一次 Ctrl-C 立即退出（读取卡住时也保存续拷记录）。
+
+复制有跳过的部分时，结束后在标准输出列出损坏报告：哪些文件缺了哪些字节（MPEG 节目流还给出缺损处的播放时间），
+以及批量复制没有复制到的文件。
 
 退出状态：0 复制完成；1 复制完成，但跳过了读不出的部分；2 已取消；3 复制失败（批量复制时有文件失败）；
           4 没有开始复制（目标文件已存在、空间不足或路径无效）；64 用法错误。
@@ -166,8 +180,57 @@ bool refuseDiscSources(disc::DiscFileLayer* discs, const QStringList& sources, Q
     return refused > 0 && refused == sources.size();
 }
 
+// What the command line asks of the rescue map and the refine pass.
+struct RescueOptions
+{
+    bool refine = false;
+    bool refineOnly = false;
+    QString mapfile; // read when it exists, written at the end
+    RefineSettings settings;
+};
+
+// Writes the destination's map to `mapfile` as a ddrescue mapfile: the kept one, or a whole one when the
+// copy left none behind because it is complete.
+void exportMap(RescueMapStore& maps, const QString& destination, const QString& source,
+    platform::FileLayer& files, const QString& mapfile, const QString& creator, QTextStream& err)
+{
+    RescueMap map;
+    MapfileStatus status;
+    if (!maps.load(destination, map, &status)) {
+        platform::IoResult io;
+        const qint64 length = files.length(source, io);
+        if (!io.ok() || !files.exists(destination))
+            return;
+        map = RescueMap(length, RescueState::Copied);
+        status = mapfileStatusOf(map);
+    }
+    QString why;
+    if (!writeMapfile(
+            mapfile, map, MapfileHeader{creator, QString(), QDateTime::currentDateTime(), {}}, why, status))
+        err << msg::mapfileWriteFailed(mapfile, why) << '\n';
+}
+
+// The damage report of the copies named (source, destination) by their kept maps, and of the files a batch
+// did not reach, printed when there is anything to report.
+void reportDamage(RescueMapStore& maps, const QList<QPair<QString, QString>>& copies,
+    const QStringList& notReached, platform::FileLayer& files, QTextStream& out)
+{
+    std::vector<DamageInput> inputs;
+    for (const auto& [source, destination] : copies) {
+        RescueMap map;
+        if (maps.load(destination, map))
+            inputs.push_back(DamageInput{source, destination, map.size(), map});
+    }
+    const DamageReport report = makeDamageReport(inputs, notReached, &files);
+    if (report.isEmpty())
+        return;
+    out << msg::damageReportText(report) << '\n';
+    out.flush();
+}
+
 int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources, platform::FileLayer& files,
-    disc::DiscFileLayer* discs, oplog::OperationLog& operationLog)
+    disc::DiscFileLayer* discs, oplog::OperationLog& operationLog, RescueMapStore& maps,
+    const RescueOptions& rescue)
 {
     QTextStream err(stderr);
     if (sources.isEmpty()) {
@@ -196,6 +259,7 @@ int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources
     VolumeDriveFacts drives(volumes);
     FileResumeStore resumeStore;
     BatchCopier batch(state, host, files, resumeStore, drives);
+    batch.copier().setRescueMapStore(&maps);
     host.setBatchCounters(&batch.counters());
     installInterruptHandler(state);
     watchForQuit([&copier = batch.copier(), &operationLog] {
@@ -206,11 +270,30 @@ int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources
     const BatchResult result = batch.copyingFiles(absolute);
     if (!result.started)
         return kExitNotStarted;
+    QList<QPair<QString, QString>> copies;
+    int stillDamaged = 0;
+    for (const DamageInput& copy : result.copies) {
+        copies << qMakePair(copy.source, copy.destination);
+        if (copy.map.isComplete())
+            continue;
+        // The refine pass reads what the batch skipped in this file, as the single copy's would.
+        if (rescue.refine && !result.cancelled && !state.stopRequested) {
+            CopySession session(state, host, files, resumeStore, drives);
+            session.setRescueMapStore(&maps);
+            const CopyOutcome refined = session.refine(copy.source, copy.destination, rescue.settings);
+            if (refined == CopyOutcome::Finished)
+                continue;
+        }
+        ++stillDamaged;
+    }
+    if (result.copies.empty())
+        stillDamaged = result.withSkips; // no maps to go by
+    reportDamage(maps, copies, result.notReached, files, host.out());
     if (result.cancelled)
         return kExitCancelled;
     if (result.failed > 0 || result.syncFailed || result.finished + result.skipped < result.files)
         return kExitFailed;
-    return result.withSkips > 0 ? kExitFinishedWithSkips : kExitFinished;
+    return stillDamaged > 0 ? kExitFinishedWithSkips : kExitFinished;
 }
 
 } // namespace
@@ -228,6 +311,7 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files, disc::DiscF
     int readBlocks = 10;
     int skipBlocks = 10;
     QStringList paths;
+    RescueOptions rescue;
 
     for (qsizetype i = 0; i < args.size(); ++i) {
         const QString& a = args[i];
@@ -291,6 +375,30 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files, disc::DiscF
             host.ignoreLowSpace = true;
         } else if (a == QLatin1String("-q") || a == QLatin1String("--quiet")) {
             host.showProgress = false;
+        } else if (a == QLatin1String("--refine")) {
+            rescue.refine = true;
+        } else if (a == QLatin1String("--refine-only")) {
+            rescue.refineOnly = true;
+        } else if (a == QLatin1String("--refine-time")) {
+            int seconds = 0;
+            if (!value(v) || !parseNumber(v, 1, std::numeric_limits<int>::max(), seconds)) {
+                err << QStringLiteral("--refine-time 后面应是正整数的秒数。\n");
+                return kExitUsage;
+            }
+            rescue.settings.timeBudgetSeconds = seconds;
+        } else if (a == QLatin1String("--sector")) {
+            int bytes = 0;
+            if (!value(v) || !parseNumber(v, 1, 1 << 20, bytes)) {
+                err << QStringLiteral("--sector 后面应是扇区的字节数。\n");
+                return kExitUsage;
+            }
+            rescue.settings.sectorBytes = bytes;
+        } else if (a == QLatin1String("--map")) {
+            if (!value(v) || v.isEmpty()) {
+                err << QStringLiteral("--map 后面缺少映射文件。\n");
+                return kExitUsage;
+            }
+            rescue.mapfile = QFileInfo(v).absoluteFilePath();
         } else if (a.startsWith(QLatin1Char('-')) && a.size() > 1) {
             err << QStringLiteral("不认识的选项：") << a << QStringLiteral("（见 --help）\n");
             return kExitUsage;
@@ -302,8 +410,15 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files, disc::DiscF
     state.skipBlocks = skipBlocks;
     if (discs)
         discs->setLog([&host](const QString& entry) { host.log(entry); });
-    if (!host.batchFolder.isEmpty())
-        return runBatch(host, state, paths, files, discs, operationLog);
+    const QString creator = sysinfo::versionLine(QStringLiteral("Vindaro"));
+    copy::FileRescueMapStore maps(creator);
+    if (!host.batchFolder.isEmpty()) {
+        if (!rescue.mapfile.isEmpty() || rescue.refineOnly) {
+            err << QStringLiteral("--map 和 --refine-only 只用于单个文件。\n");
+            return kExitUsage;
+        }
+        return runBatch(host, state, paths, files, discs, operationLog, maps, rescue);
+    }
     if (host.existing == copy::ExistingAnswer::KeepBoth) {
         err << QStringLiteral("--existing keep 只用于批量复制（--to-folder）。\n");
         return kExitUsage;
@@ -325,8 +440,24 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files, disc::DiscF
     copy::VolumeDriveFacts drives(volumes);
     copy::FileResumeStore resumeStore;
     copy::CopySession session(state, host, files, resumeStore, drives);
+    session.setRescueMapStore(&maps);
     if (host.existing == copy::ExistingAnswer::Merge || host.existing == copy::ExistingAnswer::NewName)
         resumeStore.remove(destination); // the choice on the command line stands above an old record
+
+    // A mapfile given and there already: the destination's map from now on (a ddrescue rescue goes on
+    // here). One that does not fit the source is refused, and nothing is touched.
+    if (!rescue.mapfile.isEmpty() && QFileInfo::exists(rescue.mapfile)) {
+        platform::IoResult io;
+        const qint64 sourceLength = files.length(source, io);
+        const copy::MapfileResult imported = copy::readMapfile(rescue.mapfile, io.ok() ? sourceLength : -1);
+        if (!imported.ok() || !io.ok()) {
+            err << copy::msg::mapfileRefused(rescue.mapfile, imported)
+                       .replace(QLatin1String("\r\n"), QLatin1String("\n"))
+                << '\n';
+            return kExitNotStarted;
+        }
+        maps.save(destination, imported.map, imported.status);
+    }
 
     installInterruptHandler(state);
     watchForQuit([&copier = session.copier(), &operationLog] {
@@ -335,7 +466,19 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files, disc::DiscF
         operationLog.writeRunningText();
     });
 
-    switch (session.startCopy(source, destination)) {
+    copy::CopyOutcome outcome = copy::CopyOutcome::FinishedWithSkips;
+    if (!rescue.refineOnly)
+        outcome = session.startCopy(source, destination);
+    if ((rescue.refine && outcome == copy::CopyOutcome::FinishedWithSkips) || rescue.refineOnly) {
+        outcome = session.refine(source, destination, rescue.settings);
+        if (outcome == copy::CopyOutcome::NotStarted && !rescue.refineOnly)
+            outcome = copy::CopyOutcome::Finished;
+    }
+    if (!rescue.mapfile.isEmpty())
+        exportMap(maps, destination, source, files, rescue.mapfile, creator, err);
+    reportDamage(maps, {{source, destination}}, {}, files, out);
+
+    switch (outcome) {
     case copy::CopyOutcome::Finished:
         return kExitFinished;
     case copy::CopyOutcome::FinishedWithSkips:
@@ -346,7 +489,7 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files, disc::DiscF
     case copy::CopyOutcome::Failed:
         return kExitFailed;
     case copy::CopyOutcome::NotStarted:
-        return kExitNotStarted;
+        return rescue.refineOnly ? kExitFinished : kExitNotStarted;
     }
     return kExitFailed;
 }

@@ -35,6 +35,17 @@ public:
     {
     }
     bool readsAheadWell() const override { return m_readsAhead; }
+    qint64 sectorBytes() const override
+    {
+        // The sector a read fails by: 2,048 bytes on optical media, the common disk sector elsewhere.
+        struct statfs fs
+        {
+        };
+        if (m_fd >= 0 && ::fstatfs(m_fd, &fs) == 0
+            && (fs.f_type == ISOFS_SUPER_MAGIC || fs.f_type == UDF_SUPER_MAGIC))
+            return 2048;
+        return 512;
+    }
     ~PosixFile() override { close(); }
 
     IoResult readAt(qint64 offset, char* data, qint64 maxBytes) override
