@@ -11,6 +11,7 @@
 
 #include <QFile>
 #include <QPointer>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -94,6 +95,45 @@ TEST_F(ScratchedMedia, AReadThatHangsNeverHoldsTheWindow)
 
     ::kill(static_cast<pid_t>(disc.process().processId()), SIGUSR1);
     EXPECT_TRUE(QTest::qWaitFor([] { return QtMediaBackend::liveThreads() == 0; }, kWaitMs));
+}
+
+// The state letter of a process's main thread: "S" asleep, "Z" gone while other threads hold the process.
+char mainThreadState(qint64 pid)
+{
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+    if (!stat.open(QIODevice::ReadOnly))
+        return '?';
+    const QByteArray text = stat.readAll(); // pid (name) state ...
+    const qsizetype close = text.lastIndexOf(')');
+    return close >= 0 && close + 2 < text.size() ? text.at(close + 2) : '?';
+}
+
+// The program quits while the preview's read hangs: its main thread ends within seconds, without a crash
+// and without waiting for the drive. (The process itself goes only once the kernel gives the read up, as
+// with a real drive.)
+TEST_F(ScratchedMedia, QuitWhileAReadHangsEndsTheProgram)
+{
+    FuseMount disc(QStringLiteral(SCRATCHED_MEDIA_FS), m_disc, ranges("hang"));
+    VINDARO_SKIP_UNLESS_MOUNTED(disc);
+    QProcess probe;
+    probe.start(QStringLiteral(MEDIA_QUIT_PROBE), {disc.path(QStringLiteral("AVSEQ01.DAT"))});
+    QByteArray said;
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] {
+            said += disc.process().readAllStandardOutput();
+            return said.contains("hang");
+        },
+        kWaitMs));
+
+    probe.write("quit\n");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return mainThreadState(probe.processId()) == 'Z'; }, kWaitMs));
+    said += disc.process().readAllStandardOutput();
+    EXPECT_FALSE(said.contains("released"));
+
+    ::kill(static_cast<pid_t>(disc.process().processId()), SIGUSR1);
+    ASSERT_TRUE(probe.waitForFinished(kWaitMs));
+    EXPECT_EQ(probe.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(probe.exitCode(), 0);
 }
 
 } // namespace

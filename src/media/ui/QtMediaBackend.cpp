@@ -4,6 +4,7 @@
 
 #include <QAudioDevice> // before QAudioOutput, which Qt 6.4 leaves incomplete
 #include <QAudioOutput>
+#include <QCoreApplication>
 #include <QMediaDevices>
 #include <QMediaPlayer>
 #include <QMutexLocker>
@@ -11,13 +12,54 @@
 #include <QUrl>
 #include <QVideoSink>
 
+#include <chrono>
 #include <cmath>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
 
 namespace vindaro::media {
 
 namespace {
 
-std::atomic<int> g_liveThreads{0};
+// Player threads not yet ended, counted under g_threadsMutex; g_threadEnded tells of each end.
+std::mutex g_threadsMutex;
+std::condition_variable g_threadEnded;
+int g_liveThreads = 0;
+
+// Player threads still ending when the application goes use its media services, so the application waits
+// for them, a few seconds at most. One stuck in a read of a damaged disc cannot be waited for: the process
+// then ends at once. This runs as the application object goes, when everything of the program's own (the
+// window, its records and log) has gone and saved itself, so only the static teardown is skipped.
+void waitForPlayerThreads()
+{
+    std::unique_lock lock(g_threadsMutex);
+    if (g_threadEnded.wait_for(lock, std::chrono::seconds(5), [] { return g_liveThreads == 0; }))
+        return;
+    std::fflush(nullptr);
+    std::_Exit(EXIT_SUCCESS);
+}
+
+void threadStarted()
+{
+    static const bool waitRegistered = [] {
+        qAddPostRoutine(waitForPlayerThreads);
+        return true;
+    }();
+    Q_UNUSED(waitRegistered);
+    std::lock_guard lock(g_threadsMutex);
+    ++g_liveThreads;
+}
+
+void threadEnded()
+{
+    {
+        std::lock_guard lock(g_threadsMutex);
+        --g_liveThreads;
+    }
+    g_threadEnded.notify_all();
+}
 
 } // namespace
 
@@ -159,7 +201,8 @@ QtMediaBackend::~QtMediaBackend()
 
 int QtMediaBackend::liveThreads()
 {
-    return g_liveThreads.load();
+    std::lock_guard lock(g_threadsMutex);
+    return g_liveThreads;
 }
 
 bool QtMediaBackend::available()
@@ -183,11 +226,10 @@ void QtMediaBackend::open(const QString& path)
     auto* thread = new QThread;
     thread->setObjectName(QStringLiteral("media player"));
     host->moveToThread(thread);
-    ++g_liveThreads;
+    threadStarted();
     connect(thread, &QThread::finished, host, &QObject::deleteLater);
     connect(thread, &QThread::finished, thread, &QObject::deleteLater);
-    connect(
-        thread, &QThread::finished, thread, [] { --g_liveThreads; }, Qt::DirectConnection);
+    connect(thread, &QThread::finished, thread, threadEnded, Qt::DirectConnection);
     m_host = host;
 
     // Queued from the host's thread. Calls already queued when a host is closed or replaced still arrive:
