@@ -22,6 +22,7 @@
 #include "files/ui/FileListDialogs.h"
 #include "files/ui/FileMenu.h"
 #include "info/ui/frmFileProperty.h"
+#include "media/ui/MediaWindows.h"
 #include "oplog/ui/frmSystem.h"
 #include "search/FileListResults.h"
 #include "search/ui/frmSearchFile.h"
@@ -364,9 +365,8 @@ void FrmCopy::connectFileList()
         m_picProgressBar->clear();
         m_controller->resetFigures();
     });
-    // previewStopRequested, previewCloseRequested and previewRequested stay unconnected: the program has
-    // no video preview window, so there is nothing to stop, close or play. The allow-preview mark is
-    // still kept by the menu.
+    // The video preview follows the list; the player opens from the file menu.
+    (new media::MediaWindows(*m_fileSystem, this))->attach(*m_fileList);
 }
 
 void FrmCopy::connectChrome()

@@ -120,6 +120,12 @@ void FileCommands::CopyAllFilesTo()
         emit batchCopyRequested();
 }
 
+void FileCommands::PlayFile()
+{
+    if (guardPasses())
+        emit playerRequested(m_list.currentText());
+}
+
 void FileCommands::AddFolderToList()
 {
     if (!addFolderAllowed(m_list.count(), m_capacityLimit)) {

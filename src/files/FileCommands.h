@@ -51,12 +51,15 @@ public:
     void FindFile();
     void Properties();
     void CopyAllFilesTo();
+    // Guarded: the media player opens the current file.
+    void PlayFile();
     void AddFolderToList();
     void AddFromFileChooser();
 
 signals:
     void previewStopRequested();
     void previewCloseRequested();
+    void playerRequested(const QString& path);
     // Show the rename dialog modal for the current path; the dialog renames and updates the list.
     void renameRequested(const QString& path);
     // Run the batch copy of the whole list to its end (the window disables itself meanwhile).

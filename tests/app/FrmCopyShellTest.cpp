@@ -8,8 +8,12 @@
 #include "chrome/TrayController.h"
 #include "copy/ui/ProgressBar.h"
 #include "files/ui/FileListCombo.h"
+#include "files/ui/FileListController.h"
 #include "files/ui/FileMenu.h"
 #include "info/ui/frmFileProperty.h"
+#include "media/MediaSession.h"
+#include "media/ui/frmPlaying.h"
+#include "media/ui/frmPrevVideo.h"
 #include "oplog/LogFile.h"
 #include "oplog/ui/frmSystem.h"
 #include "sysinfo/ui/frmSplash.h"
@@ -213,6 +217,20 @@ TEST(FrmCopyShell, PropertiesOpensTheOwnWindowForZipAndTheDesktopSheetForOthers)
     triggerMenuEntry(rig, "mnuFileroperty");
     EXPECT_EQ(shown.size(), 1);
     EXPECT_TRUE(rig.shell.calls.contains(QStringLiteral("showProperties ") + dat));
+}
+
+TEST(FrmCopyShell, TheListOpensThePreviewAndTheFileMenuThePlayer)
+{
+    Rig rig;
+    const QString video = QStringLiteral("/nowhere/AVSEQ01.DAT");
+    emit rig.frm.fileList().previewRequested(video);
+    auto* preview = rig.frm.findChild<media::frmPrevVideo*>();
+    ASSERT_NE(preview, nullptr);
+    EXPECT_EQ(preview->session().path(), video);
+    emit rig.frm.fileList().playerRequested(video);
+    auto* player = rig.frm.findChild<media::frmPlaying*>();
+    ASSERT_NE(player, nullptr);
+    EXPECT_EQ(player->session().path(), video);
 }
 
 // A file dropped on any control, even one made late in the window's construction, joins the list.

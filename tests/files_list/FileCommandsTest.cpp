@@ -67,15 +67,17 @@ TEST_F(FileCommandsTest, GuardedCommandsDoNothingOnAVanishedFileOrEmptyList)
     list.setCurrentText(gone);
     QSignalSpy rename(&commands, &FileCommands::renameRequested);
     QSignalSpy batch(&commands, &FileCommands::batchCopyRequested);
+    QSignalSpy player(&commands, &FileCommands::playerRequested);
     commands.Delete();
     commands.Rename();
     commands.CopyTo();
     commands.MoveTo();
     commands.Properties();
     commands.CopyAllFilesTo();
+    commands.PlayFile();
     EXPECT_TRUE(prompts.asked.isEmpty());
     EXPECT_TRUE(world.shell.calls.isEmpty());
-    EXPECT_EQ(rename.size() + batch.size(), 0);
+    EXPECT_EQ(rename.size() + batch.size() + player.size(), 0);
     EXPECT_EQ(list.entries(), QStringList{gone});
 }
 

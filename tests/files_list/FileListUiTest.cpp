@@ -57,7 +57,8 @@ TEST_F(FileListUiTest, MenuHoldsEveryEntryAndTheTenListEntriesFollowTheList)
     for (const char* always : {"mnuPreview", "mnuAddFileToListItem", "mnuExit", "mnuAboutMe"})
         EXPECT_TRUE(action(always)->isEnabled()) << always;
     EXPECT_EQ(action("mnuExit")->text(), QStringLiteral("&Exit  Vindaro"));
-    EXPECT_EQ(controller.menu()->actions().size(), 20);
+    EXPECT_FALSE(action("mnuPlayFile")->isEnabled()); // the player's entry follows the list too
+    EXPECT_EQ(controller.menu()->actions().size(), 21);
 
     controller.model().AddDroppedFiles({world.file(QStringLiteral("a.dat"))});
     for (const QString& name : names)

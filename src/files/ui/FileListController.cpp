@@ -69,6 +69,7 @@ FileListController::FileListController(
         &m_commands, &FileCommands::previewStopRequested, this, &FileListController::previewStopRequested);
     connect(
         &m_commands, &FileCommands::previewCloseRequested, this, &FileListController::previewCloseRequested);
+    connect(&m_commands, &FileCommands::playerRequested, this, &FileListController::playerRequested);
     connect(&m_commands, &FileCommands::batchCopyRequested, this, &FileListController::batchCopyRequested);
     connect(&m_commands, &FileCommands::renameRequested, this, [this] {
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);

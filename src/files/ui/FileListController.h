@@ -67,6 +67,8 @@ signals:
     void previewStopRequested();
     void previewCloseRequested();
     void previewRequested(const QString& path);
+    // The file menu's play entry: open the current file in the media player.
+    void playerRequested(const QString& path);
     // Clear the progress bar and the copy counters ("0字节", "00:00:00", "0KB/秒").
     void copyDisplaysReset();
 

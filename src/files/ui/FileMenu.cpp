@@ -13,6 +13,8 @@ FileMenu::FileMenu(FileCommands& commands, FileListModel& list, QWidget* parent)
     FileCommands* c = &commands;
     QAction* open = add("mnuOpenFile", QStringLiteral("打开当前文件(&O)"));
     connect(open, &QAction::triggered, c, &FileCommands::OpenFile);
+    QAction* play = add("mnuPlayFile", QStringLiteral("播放当前文件(&B)"));
+    connect(play, &QAction::triggered, c, &FileCommands::PlayFile);
     m_preview = add("mnuPreview", QStringLiteral("允许预览文件(&V)"));
     m_preview->setCheckable(true);
     connect(m_preview, &QAction::toggled, this, &FileMenu::previewToggled);
@@ -47,7 +49,8 @@ FileMenu::FileMenu(FileCommands& commands, FileListModel& list, QWidget* parent)
     connect(add("mnuAboutMe", QStringLiteral("&About Vindaro")), &QAction::triggered, this,
         &FileMenu::aboutRequested);
 
-    m_listEntries = {open, clearSelected, clearAll, del, rename, copyTo, moveTo, find, properties, copyAll};
+    m_listEntries
+        = {open, play, clearSelected, clearAll, del, rename, copyTo, moveTo, find, properties, copyAll};
     UpdateMenuState();
 }
 

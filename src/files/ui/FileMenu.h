@@ -8,8 +8,9 @@ class FileCommands;
 class FileListModel;
 
 // The file menu mnuFile, shown as a pop-up from the list box and the title bar. Each entry is a QAction
-// named as the menu entry (mnuOpenFile, mnuPreview, ...). The ten entries that need a listed file are
-// enabled by UpdateMenuState(); allow preview, add files, exit and about stay usable.
+// named as the menu entry (mnuOpenFile, mnuPreview, ...). The ten entries that need a listed file, and
+// the player's entry mnuPlayFile, are enabled by UpdateMenuState(); allow preview, add files, exit and about
+// stay usable.
 class FileMenu : public QMenu
 {
     Q_OBJECT
@@ -17,7 +18,7 @@ class FileMenu : public QMenu
 public:
     FileMenu(FileCommands& commands, FileListModel& list, QWidget* parent = nullptr);
 
-    // Enables the ten list entries while the list holds an entry, then copies the preview mark into the
+    // Enables the list entries while the list holds an entry, then copies the preview mark into the
     // list's preview flag.
     void UpdateMenuState();
     QAction* entry(const QString& name) const; // by object name; null when there is none
@@ -33,7 +34,7 @@ private:
     void separator(const char* name);
 
     FileListModel& m_list;
-    QList<QAction*> m_listEntries; // the ten that need a listed file
+    QList<QAction*> m_listEntries; // the ten that need a listed file, and the player's
     QAction* m_preview = nullptr;
 };
 
