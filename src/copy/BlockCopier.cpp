@@ -12,9 +12,14 @@ namespace vindaro::copy {
 
 namespace {
 
-constexpr qint64 kCheckpointMilliseconds = 30000; // a crash loses at most this much of a copy's record
+std::atomic<qint64> g_checkpointMilliseconds{30000}; // a crash loses at most this much of a copy's record
 
 } // namespace
+
+void BlockCopier::setCheckpointInterval(qint64 milliseconds)
+{
+    g_checkpointMilliseconds = milliseconds;
+}
 
 using platform::BoxButtons;
 using platform::BoxIcon;
@@ -358,7 +363,7 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
             } else {
                 noteWritten(m_state.position, m_state.mergePosition);
             }
-            if (m_mapActive && sinceCheckpoint.elapsed() >= kCheckpointMilliseconds) {
+            if (m_mapActive && sinceCheckpoint.elapsed() >= g_checkpointMilliseconds) {
                 // The record and map of what is on the device, so a crash loses at most this long.
                 sinceCheckpoint.restart();
                 const Flush flushed = writeRun();

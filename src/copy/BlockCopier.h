@@ -65,6 +65,9 @@ public:
     // record, and every 30 seconds after a sync), goes on with it (nothing copied is read again) and
     // drops it when the copy is whole. The default path reads and writes exactly as without a map.
     void setRescueMapStore(RescueMapStore* maps) { m_maps = maps; }
+    // How often a copy that keeps a map saves its record and map after a sync: 30 s; tests that kill a
+    // copy midway make it shorter.
+    static void setCheckpointInterval(qint64 milliseconds);
     // The map of the copy in hand or last run (empty before the first); any thread.
     RescueMap rescueMap() const;
     // The destination is gone or starts over: its kept map would only mislead.

@@ -2,6 +2,7 @@
 #include "copy/CopySession.h"
 #include "fakes/FakeCopyHost.h"
 #include "fakes/MemoryFileLayer.h"
+#include "fakes/MemoryRescueMapStore.h"
 
 #include <gtest/gtest.h>
 
@@ -739,6 +740,77 @@ TEST(BlockCopierReadAhead, AWriteRunThatFailsIsContinuedFromWhatTheDeviceHolds)
         EXPECT_EQ(run(), CopyOutcome::Finished);
         EXPECT_TRUE(files.bytes(kDest) == (row.merge ? head + source : source)) << "the copies differ";
     }
+}
+
+// A copy that keeps a map reads and writes exactly as one that does not; its map says what it copied, which
+// block failed and what it jumped over, and is kept for the refine pass. A whole copy leaves none.
+TEST(BlockCopierMap, MapsTheCopyWithoutChangingIt)
+{
+    for (const bool damaged : {true, false}) {
+        SCOPED_TRACE(damaged ? "damaged" : "whole");
+        const auto copy = [&](fake::MemoryRescueMapStore* maps) {
+            fake::MemoryFileLayer files;
+            CopyState state;
+            fake::FakeCopyHost host;
+            fake::MemoryResumeStore store;
+            BlockCopier copier(state, host, files, store, {});
+            copier.setRescueMapStore(maps);
+            files.put(kSource, positionBytes(100'000));
+            if (damaged)
+                files.faults(kSource).badReads = {ByteRange{30'000, 1}};
+            state.blockBytes = 1000;
+            state.skipBlocks = 2;
+            state.position = 1;
+            state.copyRunning = true;
+            const CopyOutcome outcome = copier.copyBlocks(kSource, kDest, 1000);
+            return std::tuple{outcome, files.readOffsets(kSource), files.bytes(kDest), host.entries};
+        };
+        fake::MemoryRescueMapStore maps;
+        EXPECT_EQ(copy(&maps), copy(nullptr));
+        RescueMap map;
+        ASSERT_EQ(maps.load(kDest, map), damaged);
+        if (!damaged)
+            continue;
+        // The block at offsets 29,000..30,000 failed; its first byte was copied with the block before. The
+        // stretch jumped (8 x 2 blocks) runs to offset 45,000, where copying went on.
+        EXPECT_EQ(map.rangeAt(29'500).state, RescueState::NonTrimmed);
+        EXPECT_EQ(map.rangeAt(29'500).offset, 29'001);
+        EXPECT_EQ(map.rangeAt(29'500).end(), 30'001);
+        EXPECT_EQ(map.rangeAt(40'000).state, RescueState::Untried);
+        EXPECT_EQ(map.rangeAt(45'000).state, RescueState::Copied);
+        EXPECT_EQ(map.bytes(RescueState::Copied), 100'000 - (45'000 - 29'001));
+    }
+}
+
+// A copy that goes on with a kept map reads nothing the map says was copied: it starts again after it.
+TEST(BlockCopierMap, NothingCopiedIsReadAgain)
+{
+    fake::MemoryFileLayer files;
+    CopyState state;
+    fake::FakeCopyHost host;
+    fake::MemoryResumeStore store;
+    fake::MemoryRescueMapStore maps;
+    BlockCopier copier(state, host, files, store, {});
+    copier.setRescueMapStore(&maps);
+    const QByteArray source = positionBytes(50'000);
+    files.put(kSource, source);
+    // 0..10,000 and 20,000..40,000 copied by an earlier run (or a ddrescue rescue), the rest not.
+    QByteArray destination = source.first(40'000);
+    destination.replace(10'000, 10'000, QByteArray(10'000, '\0'));
+    files.put(kDest, destination);
+    RescueMap map(50'000);
+    map.mark(0, 10'000, RescueState::Copied);
+    map.mark(20'000, 20'000, RescueState::Copied);
+    maps.save(kDest, map);
+
+    state.blockBytes = 1000;
+    state.position = 10'000; // on the last copied byte, as a record says
+    state.copyRunning = true;
+    EXPECT_EQ(copier.copyBlocks(kSource, kDest, 1000), CopyOutcome::Finished);
+    EXPECT_TRUE(files.bytes(kDest) == source);
+    for (const qint64 offset : files.readOffsets(kSource))
+        EXPECT_FALSE(offset >= 20'000 && offset < 39'999) << offset;
+    EXPECT_FALSE(maps.load(kDest, map)); // whole now: no map kept
 }
 
 // Positions and lengths are 64-bit: a 3 GiB source copies to a byte-identical 3 GiB destination.

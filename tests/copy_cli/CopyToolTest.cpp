@@ -121,6 +121,7 @@ TEST_F(CopyToolTest, SecondInterruptDuringAStuckReadSavesTheRecordAndEnds)
 
         QProcess p;
         p.setProcessEnvironment(env);
+        p.setReadChannel(QProcess::StandardError); // where HANG comes
         p.start(QStringLiteral(VINDARO_FAULTY_COPY_TOOL),
             QStringList{QStringLiteral("-q"), QStringLiteral("-r"), QStringLiteral("1")} + row.args);
         ASSERT_TRUE(p.waitForStarted());
@@ -168,6 +169,7 @@ TEST_F(CopyToolTest, InterruptKeepsAResumablePartialFile)
 
     QProcess p;
     p.setProcessEnvironment(env);
+    p.setReadChannel(QProcess::StandardError); // where HANG comes
     p.start(
         QStringLiteral(VINDARO_FAULTY_COPY_TOOL), {QStringLiteral("-q"), path("src.dat"), path("dst.dat")});
     ASSERT_TRUE(p.waitForStarted());
@@ -279,6 +281,92 @@ TEST_F(CopyToolTest, BatchCopiesAListIntoOneFolder)
         QStringList{QStringLiteral("-q"), QStringLiteral("-t"), path("out")} + sources);
     EXPECT_EQ(refused.exitCode, 3);
     EXPECT_TRUE(refused.err.contains(QStringLiteral("目标文件已经存在")));
+}
+
+// Starts the faulty tool, waits until its read hangs, then sends `signal`.
+int runUntilHangThen(const QStringList& args, QProcessEnvironment env, int signal)
+{
+    QProcess p;
+    p.setProcessEnvironment(env);
+    p.setReadChannel(QProcess::StandardError); // where HANG comes
+    p.start(QStringLiteral(VINDARO_FAULTY_COPY_TOOL), args);
+    if (!p.waitForStarted())
+        return -1;
+    QByteArray err;
+    QDeadlineTimer deadline(60000);
+    while (!err.contains("HANG") && !deadline.hasExpired() && p.state() == QProcess::Running) {
+        p.waitForReadyRead(1000);
+        err += p.readAllStandardError();
+    }
+    EXPECT_TRUE(err.contains("HANG")) << err.toStdString();
+    ::kill(pid_t(p.processId()), signal);
+    EXPECT_TRUE(p.waitForFinished(30000));
+    return p.exitStatus() == QProcess::CrashExit ? -signal : p.exitCode();
+}
+
+// A copy killed at a random block (no chance to save anything then) and continued later ends with the very
+// bytes of a copy that was never interrupted: its record and map, saved as it went, say where to go on.
+TEST_F(CopyToolTest, ACopyKilledMidwayAndContinuedEndsByteIdentical)
+{
+    const QByteArray data = randomBytes(100'000);
+    writeFile(path("src.dat"), data);
+    auto env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("VINDARO_TEST_BAD_RANGES"), QStringLiteral("20000:1,60000:3000"));
+    const QStringList copy{QStringLiteral("-q"), QStringLiteral("-r"), QStringLiteral("1"),
+        QStringLiteral("-s"), QStringLiteral("1"), path("src.dat")};
+    EXPECT_EQ(
+        run(QStringLiteral(VINDARO_FAULTY_COPY_TOOL), copy + QStringList{path("whole.dat")}, env).exitCode,
+        1);
+    const QByteArray whole = readFile(path("whole.dat"));
+
+    QRandomGenerator random(20);
+    for (int seed = 0; seed < 20; ++seed) {
+        const QString destination = path("killed") + QString::number(seed) + QStringLiteral(".dat");
+        auto killing = env;
+        killing.insert(QStringLiteral("VINDARO_TEST_HANG_AT_READ"), QString::number(random.bounded(2, 11)));
+        killing.insert(QStringLiteral("VINDARO_TEST_HANG_FOREVER"), QStringLiteral("1"));
+        killing.insert(QStringLiteral("VINDARO_TEST_CHECKPOINT_MS"), QStringLiteral("0"));
+        EXPECT_EQ(runUntilHangThen(copy + QStringList{destination}, killing, SIGKILL), -SIGKILL);
+        const ToolRun resumed = run(QStringLiteral(VINDARO_FAULTY_COPY_TOOL),
+            QStringList{QStringLiteral("-e"), QStringLiteral("continue")} + copy + QStringList{destination},
+            env);
+        EXPECT_EQ(resumed.exitCode, 1) << seed << resumed.err.toStdString();
+        EXPECT_TRUE(readFile(destination) == whole) << "seed " << seed;
+    }
+}
+
+// The refine pass stopped by Ctrl-C keeps its map; --refine-only goes on from it and ends with the bytes an
+// uninterrupted refine gets: everything readable, and only that.
+TEST_F(CopyToolTest, ARefineInterruptedBySignalAndContinuedEndsByteIdentical)
+{
+    const QByteArray data = randomBytes(300'000);
+    writeFile(path("src.dat"), data);
+    auto env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("VINDARO_TEST_BAD_RANGES"), QStringLiteral("70000:1,120000:5000,200000:3000"));
+    const QStringList refine{QStringLiteral("-q"), QStringLiteral("-r"), QStringLiteral("1"),
+        QStringLiteral("-s"), QStringLiteral("1"), QStringLiteral("--refine"), QStringLiteral("--sector"),
+        QStringLiteral("2048"), path("src.dat")};
+    const ToolRun whole
+        = run(QStringLiteral(VINDARO_FAULTY_COPY_TOOL), refine + QStringList{path("whole.dat")}, env);
+    EXPECT_EQ(whole.exitCode, 1) << whole.err.toStdString();
+    const QByteArray refined = readFile(path("whole.dat"));
+    ASSERT_EQ(refined.size(), data.size());
+    for (qsizetype i = 0; i < data.size(); ++i) {
+        const bool bad
+            = (i >= 69632 && i < 71680) || (i >= 118784 && i < 126976) || (i >= 198656 && i < 204800);
+        ASSERT_EQ(refined[i], bad ? '\0' : data[i]) << "byte " << i; // the bad 2,048-byte sectors only
+    }
+
+    auto interrupting = env;
+    interrupting.insert(QStringLiteral("VINDARO_TEST_HANG_AT_READ"), QStringLiteral("90")); // in the refine
+    EXPECT_EQ(runUntilHangThen(refine + QStringList{path("stopped.dat")}, interrupting, SIGINT), 2);
+    EXPECT_FALSE(readFile(path("stopped.dat")) == refined); // it did stop midway
+    const ToolRun goOn = run(QStringLiteral(VINDARO_FAULTY_COPY_TOOL),
+        QStringList{QStringLiteral("-q"), QStringLiteral("--refine-only"), QStringLiteral("--sector"),
+            QStringLiteral("2048"), path("src.dat"), path("stopped.dat")},
+        env);
+    EXPECT_EQ(goOn.exitCode, 1) << goOn.err.toStdString();
+    EXPECT_TRUE(readFile(path("stopped.dat")) == refined);
 }
 
 } // namespace

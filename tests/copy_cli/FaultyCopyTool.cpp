@@ -1,19 +1,36 @@
 // vindaro-copy over a file layer with injected faults, for the end-to-end tests only:
 //   VINDARO_TEST_BAD_RANGES="offset:length,..."  reads touching these 0-based ranges fail with EIO
 //   VINDARO_TEST_HANG_AT_READ=N                  the Nth read prints "HANG" on stderr and waits for a signal
+//                                                (SIGINT, SIGTERM and SIGHUP come only there)
 //   VINDARO_TEST_HANG_FOREVER=1                  ...and never returns, whatever signals come
+//   VINDARO_TEST_CHECKPOINT_MS=N                 the record and map are saved every N ms, not every 30 s
+#include "copy/BlockCopier.h"
 #include "copy/cli/CopyTool.h"
 #include "platform/linux/LocalFileLayer.h"
 
 #include <QCoreApplication>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <pthread.h>
 #include <unistd.h>
 
 using namespace vindaro;
 
 namespace {
+
+const sigset_t& heldSignals()
+{
+    static const sigset_t held = [] {
+        sigset_t set;
+        sigemptyset(&set);
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+            sigaddset(&set, signal);
+        return set;
+    }();
+    return held;
+}
 
 struct Range
 {
@@ -36,11 +53,23 @@ public:
     platform::IoResult readAt(qint64 offset, char* data, qint64 maxBytes) override
     {
         if (++m_reads == m_hangAt) {
+            // A read stuck on a bad sector, until the user presses Ctrl-C. Every thread holds these signals
+            // (see main), so the one that comes is taken here, however soon after "HANG", and handed to the
+            // program's own handler as the kernel would have.
             std::fputs("HANG\n", stderr);
             std::fflush(stderr);
-            do
-                ::pause(); // a read stuck on a bad sector, until the user presses Ctrl-C
-            while (m_forever);
+            do {
+                int signal = 0;
+                if (::sigwait(&heldSignals(), &signal) != 0)
+                    break;
+                struct sigaction current
+                {
+                };
+                ::sigaction(signal, nullptr, &current);
+                if (current.sa_handler == SIG_DFL || current.sa_handler == SIG_IGN)
+                    ::_exit(128 + signal);
+                current.sa_handler(signal);
+            } while (m_forever);
         }
         for (const Range& r : m_bad) {
             if (offset < r.offset + r.length && r.offset < offset + maxBytes)
@@ -84,6 +113,9 @@ public:
 
 int main(int argc, char** argv)
 {
+    // Held by every thread from the start: they come only to a read that hangs (see readAt), which is
+    // where the tests send them.
+    pthread_sigmask(SIG_BLOCK, &heldSignals(), nullptr);
     QCoreApplication app(argc, argv);
     FaultyLayer files;
     for (const QString& item :
@@ -95,5 +127,7 @@ int main(int argc, char** argv)
     if (qEnvironmentVariableIsSet("VINDARO_TEST_HANG_AT_READ"))
         files.hangAt = qEnvironmentVariableIntValue("VINDARO_TEST_HANG_AT_READ");
     files.hangForever = qEnvironmentVariableIsSet("VINDARO_TEST_HANG_FOREVER");
+    if (qEnvironmentVariableIsSet("VINDARO_TEST_CHECKPOINT_MS"))
+        copy::BlockCopier::setCheckpointInterval(qEnvironmentVariableIntValue("VINDARO_TEST_CHECKPOINT_MS"));
     return copy::runCopyTool(app.arguments().mid(1), files);
 }
