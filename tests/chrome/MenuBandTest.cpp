@@ -92,27 +92,22 @@ TEST(MenuIcons, OnlyTheStyledCaptionsGetIconsSubMenusIncluded)
     EXPECT_FALSE(closeAll->icon().isNull());
 }
 
+// The drive menu gets the CD band and the icons of its styled captions.
 TEST(StyledCdDriveMenu, HasTheCdBandAndIcons)
 {
-    using vindaro::platform::OpticalDrive;
-    const vindaro::drives::CdDriveMenuModel model({OpticalDrive{QStringLiteral("/dev/sr0"), QString()},
-        OpticalDrive{QStringLiteral("/dev/sr1"), QString()}});
+    const vindaro::drives::CdDriveMenuModel model(
+        {vindaro::platform::OpticalDrive{QStringLiteral("/dev/sr0"), {}}});
     std::unique_ptr<QMenu> menu(vindaro::chrome::buildStyledCdDriveMenu(model, nullptr));
     ASSERT_NE(menuBandOf(menu.get()), nullptr);
     EXPECT_EQ(menuBandOf(menu.get())->look().title, cdMenuBandLook().title);
-    bool closeAllHasIcon = false;
-    bool ejectHasIcon = false;
-    const QList<QAction*> actions = menu->actions();
-    for (QAction* action : actions) {
-        if (action->text() == vindaro::drives::CdDriveMenuModel::kCloseAllCaption)
-            closeAllHasIcon = !action->icon().isNull();
-        if (action->text() == vindaro::drives::CdDriveMenuModel::kEjectMenuTitle)
-            ejectHasIcon = !action->icon().isNull();
+    QStringList withIcons;
+    for (const QAction* action : menu->actions()) {
+        if (!action->icon().isNull())
+            withIcons << action->text();
     }
-    EXPECT_TRUE(closeAllHasIcon);
-    EXPECT_TRUE(ejectHasIcon);
-    const QImage image = render(*menu);
-    EXPECT_TRUE(inBand(image.pixelColor(3, image.height() - 4), cdMenuBandLook()));
+    EXPECT_EQ(withIcons,
+        QStringList({vindaro::drives::CdDriveMenuModel::kCloseAllCaption,
+            vindaro::drives::CdDriveMenuModel::kEjectMenuTitle}));
 }
 
 } // namespace
