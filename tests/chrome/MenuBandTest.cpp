@@ -59,31 +59,23 @@ TEST(MenuBand, PaintsTheBandAndMovesTheEntriesClearOfIt)
     EXPECT_GE(menu.actionGeometry(first).left(), look.bandWidth);
 }
 
+// Applying again replaces the look; the title's white letters run up the middle of the otherwise blue band.
 TEST(MenuBand, TheBandCarriesItsTitle)
 {
     QMenu menu;
     for (int i = 0; i < 6; ++i)
         menu.addAction(QStringLiteral("entry %1").arg(i));
+    applyMenuBand(&menu, cdMenuBandLook());
     applyMenuBand(&menu, fileMenuBandLook());
+    EXPECT_EQ(menu.findChildren<vindaro::chrome::MenuBand*>().size(), 1);
+    EXPECT_EQ(menuBandOf(&menu)->look().title, fileMenuBandLook().title);
     const QImage image = render(menu);
-    // The title's white letters run up the middle of the band; the band is otherwise blue.
     int whitish = 0;
     for (int y = 0; y < image.height(); ++y) {
         const QColor c = image.pixelColor(fileMenuBandLook().bandWidth / 2 + 1, y);
-        if (c.red() > 200 && c.green() > 200 && c.blue() > 200)
-            ++whitish;
+        whitish += c.red() > 200 && c.green() > 200 && c.blue() > 200 ? 1 : 0;
     }
     EXPECT_GT(whitish, 3);
-}
-
-TEST(MenuBand, ApplyingAgainReplacesTheLook)
-{
-    QMenu menu;
-    menu.addAction(QStringLiteral("x"));
-    applyMenuBand(&menu, fileMenuBandLook());
-    applyMenuBand(&menu, cdMenuBandLook());
-    EXPECT_EQ(menu.findChildren<vindaro::chrome::MenuBand*>().size(), 1);
-    EXPECT_EQ(menuBandOf(&menu)->look().title, QStringLiteral("CD-ROM"));
 }
 
 TEST(MenuIcons, OnlyTheStyledCaptionsGetIconsSubMenusIncluded)
@@ -100,27 +92,22 @@ TEST(MenuIcons, OnlyTheStyledCaptionsGetIconsSubMenusIncluded)
     EXPECT_FALSE(closeAll->icon().isNull());
 }
 
+// The drive menu gets the CD band and the icons of its styled captions.
 TEST(StyledCdDriveMenu, HasTheCdBandAndIcons)
 {
-    using vindaro::platform::OpticalDrive;
-    const vindaro::drives::CdDriveMenuModel model({OpticalDrive{QStringLiteral("/dev/sr0"), QString()},
-        OpticalDrive{QStringLiteral("/dev/sr1"), QString()}});
+    const vindaro::drives::CdDriveMenuModel model(
+        {vindaro::platform::OpticalDrive{QStringLiteral("/dev/sr0"), {}}});
     std::unique_ptr<QMenu> menu(vindaro::chrome::buildStyledCdDriveMenu(model, nullptr));
     ASSERT_NE(menuBandOf(menu.get()), nullptr);
-    EXPECT_EQ(menuBandOf(menu.get())->look().title, QStringLiteral("CD-ROM"));
-    bool closeAllHasIcon = false;
-    bool ejectHasIcon = false;
-    const QList<QAction*> actions = menu->actions();
-    for (QAction* action : actions) {
-        if (action->text() == vindaro::drives::CdDriveMenuModel::kCloseAllCaption)
-            closeAllHasIcon = !action->icon().isNull();
-        if (action->text() == vindaro::drives::CdDriveMenuModel::kEjectMenuTitle)
-            ejectHasIcon = !action->icon().isNull();
+    EXPECT_EQ(menuBandOf(menu.get())->look().title, cdMenuBandLook().title);
+    QStringList withIcons;
+    for (const QAction* action : menu->actions()) {
+        if (!action->icon().isNull())
+            withIcons << action->text();
     }
-    EXPECT_TRUE(closeAllHasIcon);
-    EXPECT_TRUE(ejectHasIcon);
-    const QImage image = render(*menu);
-    EXPECT_TRUE(inBand(image.pixelColor(3, image.height() - 4), cdMenuBandLook()));
+    EXPECT_EQ(withIcons,
+        QStringList({vindaro::drives::CdDriveMenuModel::kCloseAllCaption,
+            vindaro::drives::CdDriveMenuModel::kEjectMenuTitle}));
 }
 
 } // namespace

@@ -7,57 +7,44 @@ using vindaro::chrome::TitleBarLayout;
 
 namespace {
 
-struct HitCase
+// The boundaries of every area on a 300-wide bar, and what a bar too narrow for all buttons gives.
+TEST(TitleBarLayout, FindsTheAreaUnderX)
 {
-    qint64 x;
-    qint64 width;
-    TitleBarArea expected;
-};
-
-class TitleBarHit : public ::testing::TestWithParam<HitCase>
-{
-};
-
-TEST_P(TitleBarHit, FindsTheAreaUnderX)
-{
-    const HitCase c = GetParam();
-    EXPECT_EQ(TitleBarLayout::areaAt(c.x, c.width), c.expected) << "x " << c.x << " width " << c.width;
+    const struct
+    {
+        qint64 x;
+        qint64 width;
+        TitleBarArea area;
+    } rows[] = {{-1, 300, TitleBarArea::Outside}, {0, 300, TitleBarArea::FileMenu},
+        {17, 300, TitleBarArea::FileMenu}, {18, 300, TitleBarArea::Caption},
+        {245, 300, TitleBarArea::Caption}, {246, 300, TitleBarArea::Minimize},
+        {263, 300, TitleBarArea::Minimize}, {264, 300, TitleBarArea::Tray}, {281, 300, TitleBarArea::Tray},
+        {282, 300, TitleBarArea::Close}, {299, 300, TitleBarArea::Close}, {300, 300, TitleBarArea::Outside},
+        // 30 wide: the file menu keeps 0..17, close takes the rest.
+        {17, 30, TitleBarArea::FileMenu}, {18, 30, TitleBarArea::Close}, {0, 0, TitleBarArea::Outside}};
+    for (const auto& row : rows)
+        EXPECT_EQ(TitleBarLayout::areaAt(row.x, row.width), row.area)
+            << "x " << row.x << " width " << row.width;
 }
 
-// The boundaries of every area on a 300-wide bar, and what a bar too narrow for all buttons gives.
-INSTANTIATE_TEST_SUITE_P(Boundaries, TitleBarHit,
-    ::testing::Values(HitCase{-1, 300, TitleBarArea::Outside}, HitCase{0, 300, TitleBarArea::FileMenu},
-        HitCase{10, 300, TitleBarArea::FileMenu}, HitCase{17, 300, TitleBarArea::FileMenu},
-        HitCase{18, 300, TitleBarArea::Caption}, HitCase{245, 300, TitleBarArea::Caption},
-        HitCase{246, 300, TitleBarArea::Minimize}, HitCase{263, 300, TitleBarArea::Minimize},
-        HitCase{264, 300, TitleBarArea::Tray}, HitCase{275, 300, TitleBarArea::Tray},
-        HitCase{281, 300, TitleBarArea::Tray}, HitCase{282, 300, TitleBarArea::Close},
-        HitCase{290, 300, TitleBarArea::Close}, HitCase{299, 300, TitleBarArea::Close},
-        HitCase{300, 300, TitleBarArea::Outside},
-        // 30 wide: the file menu keeps 0..17, close takes the rest.
-        HitCase{17, 30, TitleBarArea::FileMenu}, HitCase{18, 30, TitleBarArea::Close},
-        HitCase{0, 0, TitleBarArea::Outside}));
-
+// Each button's span holds its area; a right click opens the file menu only off the right-hand buttons.
 TEST(TitleBarLayout, SpansMatchTheirAreas)
 {
-    const qint64 width = 500;
-    for (TitleBarArea area :
-        {TitleBarArea::FileMenu, TitleBarArea::Minimize, TitleBarArea::Tray, TitleBarArea::Close}) {
-        const auto span = TitleBarLayout::spanOf(area, width);
+    const struct
+    {
+        TitleBarArea area;
+        bool rightClickOpensMenu;
+    } rows[] = {{TitleBarArea::FileMenu, true}, {TitleBarArea::Minimize, false}, {TitleBarArea::Tray, false},
+        {TitleBarArea::Close, false}};
+    for (const auto& row : rows) {
+        const auto span = TitleBarLayout::spanOf(row.area, 500);
         ASSERT_EQ(span.right - span.left, TitleBarLayout::kButtonWidth);
-        EXPECT_EQ(TitleBarLayout::areaAt(span.left, width), area);
-        EXPECT_EQ(TitleBarLayout::areaAt(span.right - 1, width), area);
+        EXPECT_EQ(TitleBarLayout::areaAt(span.left, 500), row.area);
+        EXPECT_EQ(TitleBarLayout::areaAt(span.right - 1, 500), row.area);
+        EXPECT_EQ(TitleBarLayout::opensFileMenuOnRightClick(row.area), row.rightClickOpensMenu);
     }
-    EXPECT_TRUE(TitleBarLayout::spanOf(TitleBarArea::Caption, width).isEmpty());
-}
-
-TEST(TitleBarLayout, RightClickOpensTheMenuOnlyOffTheRightHandButtons)
-{
+    EXPECT_TRUE(TitleBarLayout::spanOf(TitleBarArea::Caption, 500).isEmpty());
     EXPECT_TRUE(TitleBarLayout::opensFileMenuOnRightClick(TitleBarArea::Caption));
-    EXPECT_TRUE(TitleBarLayout::opensFileMenuOnRightClick(TitleBarArea::FileMenu));
-    EXPECT_FALSE(TitleBarLayout::opensFileMenuOnRightClick(TitleBarArea::Close));
-    EXPECT_FALSE(TitleBarLayout::opensFileMenuOnRightClick(TitleBarArea::Tray));
-    EXPECT_FALSE(TitleBarLayout::opensFileMenuOnRightClick(TitleBarArea::Minimize));
     EXPECT_FALSE(TitleBarLayout::opensFileMenuOnRightClick(TitleBarArea::Outside));
 }
 

@@ -58,9 +58,6 @@ TEST(ToolTips, EveryControlShowsItsTitleAndLines)
         ASSERT_NE(control, nullptr);
         ToolTips* tips = ToolTips::of(control);
         ASSERT_NE(tips, nullptr) << qPrintable(entry.control);
-        EXPECT_EQ(tips->owner(), control);
-        EXPECT_EQ(tips->title(), entry.title);
-        EXPECT_EQ(tips->text(), entry.text());
 
         askForTip(control);
         BalloonTip* balloon = tips->balloon();
@@ -75,36 +72,16 @@ TEST(ToolTips, EveryControlShowsItsTitleAndLines)
     }
 }
 
-TEST(ToolTips, MultiLineTipsAreTallerThanOneLineTips)
-{
-    TipWindow w;
-    attachToolTips(&w.window);
-    auto* watch = w.window.findChild<QWidget*>(QStringLiteral("picWatch"));
-    auto* start = w.window.findChild<QWidget*>(QStringLiteral("cmdStartCopy"));
-    askForTip(watch);
-    askForTip(start);
-    const BalloonTip* watchTip = ToolTips::of(watch)->balloon();
-    const BalloonTip* startTip = ToolTips::of(start)->balloon();
-    EXPECT_EQ(watchTip->lines().size(), 6);
-    EXPECT_EQ(startTip->lines().size(), 1);
-    EXPECT_GE(watchTip->height() - startTip->height(), 5 * start->fontMetrics().height());
-}
-
-TEST(ToolTips, ReportsControlsItCannotFindAndAttachesTheRest)
+// A control that is missing is reported and the rest still get theirs; attaching twice keeps one tip.
+TEST(ToolTips, ReportsControlsItCannotFindAndAttachesTheRestOnce)
 {
     TipWindow w({QStringLiteral("optOpenCD"), QStringLiteral("sldSkipBlocks")});
-    const QStringList missing = attachToolTips(&w.window);
-    EXPECT_EQ(missing, (QStringList{QStringLiteral("optOpenCD"), QStringLiteral("sldSkipBlocks")}));
-    EXPECT_NE(ToolTips::of(w.window.findChild<QWidget*>(QStringLiteral("optCloseCD"))), nullptr);
-}
-
-TEST(ToolTips, AttachingTwiceKeepsOneTipPerControl)
-{
-    TipWindow w;
+    EXPECT_EQ(attachToolTips(&w.window),
+        (QStringList{QStringLiteral("optOpenCD"), QStringLiteral("sldSkipBlocks")}));
     attachToolTips(&w.window);
-    attachToolTips(&w.window);
-    auto* search = w.window.findChild<QWidget*>(QStringLiteral("picSearch"));
-    EXPECT_EQ(search->findChildren<ToolTips*>(QString(), Qt::FindDirectChildrenOnly).size(), 1);
+    auto* close = w.window.findChild<QWidget*>(QStringLiteral("optCloseCD"));
+    EXPECT_NE(ToolTips::of(close), nullptr);
+    EXPECT_EQ(close->findChildren<ToolTips*>(QString(), Qt::FindDirectChildrenOnly).size(), 1);
 }
 
 TEST(ToolTips, TitleAndTextChangesReachAnExistingBalloon)

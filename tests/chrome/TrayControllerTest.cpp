@@ -2,13 +2,11 @@
 
 #include <QAction>
 #include <QMenu>
+#include <QPointer>
 #include <QSignalSpy>
 #include <QSystemTrayIcon>
 #include <QTest>
 #include <QWidget>
-
-#include <QMenu>
-#include <QPointer>
 
 #include <gtest/gtest.h>
 
@@ -41,13 +39,14 @@ TEST(TrayController, WithoutANotificationAreaTheWindowIsMinimised)
     EXPECT_EQ(minimized.count(), 1);
     EXPECT_TRUE(f.window->isMinimized());
     EXPECT_EQ(f.tray->trayIcon(), nullptr);
-
     f.tray->restoreWindow();
     EXPECT_FALSE(f.window->isMinimized());
     EXPECT_TRUE(f.window->isVisible());
 }
 
-TEST(TrayController, SendingHidesTheWindowBehindTheIcon)
+// Sending hides the window behind the icon; a click on the icon (not the context menu) brings it back,
+// and the icon stays for the next time.
+TEST(TrayController, SendingHidesTheWindowBehindTheIconAndAClickBringsItBack)
 {
     TrayFixture f(true);
     QSignalSpy sent(f.tray, &TrayController::sentToTray);
@@ -57,23 +56,14 @@ TEST(TrayController, SendingHidesTheWindowBehindTheIcon)
     QSystemTrayIcon* icon = f.tray->trayIcon();
     ASSERT_NE(icon, nullptr);
     EXPECT_TRUE(icon->isVisible());
-    EXPECT_EQ(icon->toolTip(), QStringLiteral("Vindaro2.0"));
+    EXPECT_EQ(icon->toolTip(), TrayController::kTipText);
     EXPECT_FALSE(icon->icon().isNull());
-}
 
-TEST(TrayController, ClickingTheIconBringsTheWindowBackAndTheIconStays)
-{
-    TrayFixture f(true);
-    f.tray->sendToTray();
-    QSystemTrayIcon* icon = f.tray->trayIcon();
-    ASSERT_NE(icon, nullptr);
-    emit icon->activated(QSystemTrayIcon::Context); // the menu, not a restore
+    emit icon->activated(QSystemTrayIcon::Context);
     EXPECT_FALSE(f.window->isVisible());
     emit icon->activated(QSystemTrayIcon::Trigger);
     EXPECT_TRUE(f.window->isVisible());
-    EXPECT_EQ(f.tray->trayIcon(), icon);
-
-    f.tray->sendToTray(); // again: the same icon, hidden window
+    f.tray->sendToTray();
     EXPECT_FALSE(f.window->isVisible());
     EXPECT_EQ(f.tray->trayIcon(), icon);
 }
@@ -82,46 +72,35 @@ TEST(TrayController, TheMenuRestoresAndExitsThroughTheWindowsClose)
 {
     TrayFixture f(true);
     f.tray->sendToTray();
-    QMenu* menu = f.tray->trayMenu();
-    ASSERT_NE(menu, nullptr);
-    auto* restore = menu->findChild<QAction*>(QStringLiteral("trayRestoreAction"));
-    auto* exit = menu->findChild<QAction*>(QStringLiteral("trayExitAction"));
-    ASSERT_NE(restore, nullptr);
-    ASSERT_NE(exit, nullptr);
-    EXPECT_EQ(restore->text(), QStringLiteral("恢复窗口(&R)"));
-    EXPECT_EQ(exit->text(), QStringLiteral("退出(&X)"));
-
+    ASSERT_NE(f.tray->trayMenu(), nullptr);
+    auto* restore = f.tray->trayMenu()->findChild<QAction*>(QStringLiteral("trayRestoreAction"));
+    auto* exit = f.tray->trayMenu()->findChild<QAction*>(QStringLiteral("trayExitAction"));
+    ASSERT_TRUE(restore && exit);
+    EXPECT_EQ(restore->text(), TrayController::kRestoreCaption);
+    EXPECT_EQ(exit->text(), TrayController::kExitCaption);
     restore->trigger();
     EXPECT_TRUE(f.window->isVisible());
-
     f.tray->sendToTray();
     exit->trigger(); // a plain QWidget accepts its close
     EXPECT_FALSE(f.window->isVisible());
 }
 
-TEST(TrayController, TheIconGoesWithTheWindow)
-{
-    TrayFixture f(true);
-    f.tray->sendToTray();
-    QPointer<QSystemTrayIcon> icon = f.tray->trayIcon();
-    ASSERT_FALSE(icon.isNull());
-    f.window.reset();
-    EXPECT_TRUE(icon.isNull());
-}
-
-TEST(TrayController, TheIconCanBeRemovedBeforeTheWindowUnloads)
+// The icon and its menu go with the window, or before it when removed; the tray can be used again.
+TEST(TrayController, TheIconGoesWithTheWindowOrWhenRemoved)
 {
     TrayFixture f(true);
     f.tray->sendToTray();
     QPointer<QMenu> firstMenu = f.tray->trayMenu();
     f.tray->removeIcon();
     EXPECT_EQ(f.tray->trayIcon(), nullptr);
-    EXPECT_TRUE(firstMenu.isNull()); // the menu goes with its icon
+    EXPECT_TRUE(firstMenu.isNull());
     f.tray->removeIcon(); // twice is harmless
-
-    f.tray->sendToTray(); // and the tray can be used again
-    EXPECT_NE(f.tray->trayIcon(), nullptr);
+    f.tray->sendToTray();
     EXPECT_NE(f.tray->trayMenu(), nullptr);
+    QPointer<QSystemTrayIcon> icon = f.tray->trayIcon();
+    ASSERT_FALSE(icon.isNull());
+    f.window.reset();
+    EXPECT_TRUE(icon.isNull());
 }
 
 } // namespace

@@ -12,6 +12,8 @@
 
 namespace {
 
+using namespace Qt::StringLiterals;
+
 using vindaro::testing::runProgram;
 using vindaro::testing::VcdImage;
 
@@ -49,12 +51,12 @@ protected:
         vindaro::disc::DiscFailure failure;
         auto disc = vindaro::disc::Disc::open(image.cue, failure);
         ASSERT_TRUE(disc) << failure.message.toStdString();
-        const auto found = disc->find(QStringLiteral("/MPEGAV/AVSEQ01.DAT"), failure);
+        const auto found = disc->find(u"/MPEGAV/AVSEQ01.DAT"_s, failure);
         ASSERT_TRUE(found.has_value());
         track = *found;
     }
 
-    QString track01() const { return image.cue + QStringLiteral(":/MPEGAV/AVSEQ01.DAT"); }
+    QString track01() const { return image.cue + u":/MPEGAV/AVSEQ01.DAT"_s; }
 
     QTemporaryDir dir;
     VcdImage image;
@@ -63,8 +65,8 @@ protected:
 
 TEST_F(CopyFromImage, TheTrackCopiesWholeAndDecodes)
 {
-    const QString copy = dir.filePath(QStringLiteral("AVSEQ01.DAT"));
-    const ToolRun run = copyTool({QStringLiteral("-q"), track01(), copy});
+    const QString copy = dir.filePath(u"AVSEQ01.DAT"_s);
+    const ToolRun run = copyTool({u"-q"_s, track01(), copy});
     ASSERT_EQ(run.exitCode, 0) << run.out.toStdString() << run.err.toStdString();
     const QByteArray copied = readAll(copy);
     EXPECT_EQ(copied.size(), track.sectors * kPayload);
@@ -73,11 +75,9 @@ TEST_F(CopyFromImage, TheTrackCopiesWholeAndDecodes)
     EXPECT_EQ(clipAt % kPayload, 0);
 
     QByteArray errors;
-    EXPECT_EQ(
-        runProgram(QStringLiteral("ffmpeg"),
-            {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-nostdin"), QStringLiteral("-i"),
-                copy, QStringLiteral("-f"), QStringLiteral("null"), QStringLiteral("-")},
-            nullptr, &errors),
+    EXPECT_EQ(runProgram(u"ffmpeg"_s,
+                  {u"-v"_s, u"error"_s, u"-nostdin"_s, u"-i"_s, copy, u"-f"_s, u"null"_s, u"-"_s}, nullptr,
+                  &errors),
         0);
     EXPECT_TRUE(errors.isEmpty()) << errors.toStdString();
 }
@@ -89,18 +89,16 @@ TEST_F(CopyFromImage, SectorsWithAFailingEdcAreSkippedAndLogged)
         ASSERT_TRUE(image.damagePayload(track.lsn + sector));
     const QByteArray reference = image.payloadOf(track.lsn, track.sectors);
 
-    const QString copy = dir.filePath(QStringLiteral("AVSEQ01.DAT"));
+    const QString copy = dir.filePath(u"AVSEQ01.DAT"_s);
     // Small blocks and skips: 6,144 bytes a block, 49,152 skipped for an unreadable one.
-    const ToolRun run = copyTool({QStringLiteral("-q"), QStringLiteral("-r"), QStringLiteral("1"),
-        QStringLiteral("-s"), QStringLiteral("1"), track01(), copy});
+    const ToolRun run = copyTool({u"-q"_s, u"-r"_s, u"1"_s, u"-s"_s, u"1"_s, track01(), copy});
     EXPECT_EQ(run.exitCode, 1) << run.out.toStdString() << run.err.toStdString();
     for (qint64 sector : {qint64(40), qint64(260)}) {
-        EXPECT_TRUE(run.out.contains(QStringLiteral("扇区读不出：光盘第%1扇区").arg(track.lsn + sector)
-            + QStringLiteral("（文件位置")))
+        EXPECT_TRUE(run.out.contains(u"扇区读不出：光盘第%1扇区"_s.arg(track.lsn + sector) + u"（文件位置"_s))
             << run.out.toStdString();
     }
-    EXPECT_TRUE(run.out.contains(QStringLiteral("EDC 校验错误")));
-    EXPECT_TRUE(run.out.contains(QStringLiteral("文件跳过：")));
+    EXPECT_TRUE(run.out.contains(u"EDC 校验错误"_s));
+    EXPECT_TRUE(run.out.contains(u"文件跳过："_s));
 
     // Every byte of the copy is the disc's own or was left out (zero); no damaged sector got in, and only
     // the stretches around the damage are missing (a stretch may begin or end inside a sector).
@@ -129,29 +127,28 @@ TEST_F(CopyFromImage, SectorsWithAFailingEdcAreSkippedAndLogged)
 
 TEST_F(CopyFromImage, AForm1FileCopiesAsItsBytes)
 {
-    const QString copy = dir.filePath(QStringLiteral("README.TXT"));
-    const ToolRun run = copyTool({QStringLiteral("-q"), image.cue + QStringLiteral(":/README.TXT"), copy});
+    const QString copy = dir.filePath(u"README.TXT"_s);
+    const ToolRun run = copyTool({u"-q"_s, image.cue + u":/README.TXT"_s, copy});
     ASSERT_EQ(run.exitCode, 0) << run.out.toStdString() << run.err.toStdString();
     EXPECT_TRUE(readAll(copy) == image.notes);
 }
 
 TEST_F(CopyFromImage, ADiscThatCannotBeOpenedIsRefusedBeforeAnythingIsWritten)
 {
-    const QString broken = dir.filePath(QStringLiteral("broken.cue"));
+    const QString broken = dir.filePath(u"broken.cue"_s);
     {
         QFile f(broken);
         ASSERT_TRUE(f.open(QIODevice::WriteOnly));
         f.write("no cue sheet\n");
     }
-    const QString copy = dir.filePath(QStringLiteral("copy.dat"));
-    for (const QStringList& args : {QStringList{broken + QStringLiteral(":/MPEGAV/AVSEQ01.DAT"), copy},
-             QStringList{QStringLiteral("-t"), dir.filePath(QStringLiteral("out")),
-                 broken + QStringLiteral(":/MPEGAV/AVSEQ01.DAT")}}) {
+    const QString copy = dir.filePath(u"copy.dat"_s);
+    for (const QStringList& args : {QStringList{broken + u":/MPEGAV/AVSEQ01.DAT"_s, copy},
+             QStringList{u"-t"_s, dir.filePath(u"out"_s), broken + u":/MPEGAV/AVSEQ01.DAT"_s}}) {
         const ToolRun run = copyTool(args);
         EXPECT_EQ(run.exitCode, 4) << run.err.toStdString();
-        EXPECT_TRUE(run.err.contains(QStringLiteral("不是可识别的光盘映像"))) << run.err.toStdString();
+        EXPECT_TRUE(run.err.contains(u"不是可识别的光盘映像"_s)) << run.err.toStdString();
         EXPECT_FALSE(QFileInfo::exists(copy));
-        EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("out/AVSEQ01.DAT"))));
+        EXPECT_FALSE(QFileInfo::exists(dir.filePath(u"out/AVSEQ01.DAT"_s)));
     }
 }
 

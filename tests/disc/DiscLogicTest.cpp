@@ -45,22 +45,17 @@ TEST(SectorCheck, KnownEdcPassesAndAnyChangedByteFails)
         damaged[at] = char(damaged[at] ^ 0x01);
         EXPECT_FALSE(inspectMode2Sector(damaged.constData()).good) << "byte " << at;
     }
-}
 
-TEST(SectorCheck, Form2WithoutEdcIsAcceptedAndForm1IsCheckedAtItsOwnPlace)
-{
+    // Form 2 without an EDC is accepted; the same bytes read as Form 1 (submode bit 5 clear) have their EDC
+    // at 2056, which is not zero-exempt.
     QByteArray noEdc(kMode2SectorBytes, '\x55');
     noEdc[2] = noEdc[6] = '\x20';
     noEdc.replace(2332, 4, QByteArray(4, '\0'));
     EXPECT_FALSE(inspectMode2Sector(noEdc.constData()).edcRecorded);
     EXPECT_TRUE(inspectMode2Sector(noEdc.constData()).good);
-
-    // The same bytes read as Form 1 (submode bit 5 clear): its EDC sits at 2056 and is not zero-exempt.
-    QByteArray form1 = noEdc;
-    form1[2] = form1[6] = '\x08';
-    const Mode2Sector s = inspectMode2Sector(form1.constData());
-    EXPECT_FALSE(s.form2);
-    EXPECT_FALSE(s.good);
+    noEdc[2] = noEdc[6] = '\x08';
+    EXPECT_FALSE(inspectMode2Sector(noEdc.constData()).form2);
+    EXPECT_FALSE(inspectMode2Sector(noEdc.constData()).good);
 }
 
 TEST(SectorCheck, RawSectorsGiveUserDataOnlyForMode1AndForm1)
@@ -96,40 +91,37 @@ struct SenseRow
     int retries;
 };
 
-class SenseTable : public ::testing::TestWithParam<SenseRow>
+TEST(SenseData, JudgesTheFailure)
 {
-};
-
-TEST_P(SenseTable, JudgesTheFailure)
-{
-    const SenseRow& row = GetParam();
-    const QByteArray bytes = fixedSense(row.key, row.asc, row.ascq);
-    const SenseData sense = parseSense(reinterpret_cast<const quint8*>(bytes.constData()), int(bytes.size()));
-    ASSERT_TRUE(sense.valid);
-    const ReadVerdict v = readVerdict(sense);
-    EXPECT_EQ(v.failure, row.failure);
-    EXPECT_EQ(v.error, row.error);
-    EXPECT_EQ(v.retries, row.retries);
+    const SenseRow rows[] = {{0x3, 0x11, 0x05, ReadFailure::MediumError, EIO, 0}, // L-EC uncorrectable
+        {0x3, 0x02, 0x00, ReadFailure::MediumError, EIO, 0}, // no seek complete
+        {0x4, 0x09, 0x01, ReadFailure::MediumError, EIO, 0}, // tracking servo failure
+        {0x5, 0x64, 0x00, ReadFailure::IllegalMode, EIO, 0}, // illegal mode for this track
+        {0x5, 0x21, 0x00, ReadFailure::OutOfRange, EIO, 0}, // LBA out of range
+        {0x5, 0x63, 0x00, ReadFailure::OutOfRange, EIO, 0}, // end of user area
+        {0x8, 0x00, 0x00, ReadFailure::OutOfRange, EIO, 0}, // blank check
+        {0x5, 0x24, 0x00, ReadFailure::Unsupported, EOPNOTSUPP, 0}, // invalid field in CDB
+        {0x5, 0x20, 0x00, ReadFailure::Unsupported, EOPNOTSUPP, 0}, // invalid opcode
+        {0x5, 0x1A, 0x00, ReadFailure::Unknown, EIO, 0}, // parameter list length error
+        {0x2, 0x3A, 0x01, ReadFailure::NoDisc, ENOMEDIUM, 0}, // tray closed, no disc
+        {0x2, 0x04, 0x01, ReadFailure::Transient, EIO, 2}, // becoming ready
+        {0x2, 0x04, 0x00, ReadFailure::NoDisc, ENOMEDIUM, 0}, // not ready, cause not reportable
+        {0x6, 0x28, 0x00, ReadFailure::DiscChanged, ENOMEDIUM, 0}, // a disc was changed
+        {0x6, 0x29, 0x00, ReadFailure::Transient, EIO, 2}, // power on or reset
+        {0xB, 0x00, 0x00, ReadFailure::Transient, EIO, 2}, // aborted command
+        {0x1, 0x18, 0x00, ReadFailure::Recovered, 0, 0}}; // corrected with retries
+    for (const SenseRow& row : rows) {
+        SCOPED_TRACE(::testing::Message() << std::hex << row.key << "/" << row.asc << "/" << row.ascq);
+        const QByteArray bytes = fixedSense(row.key, row.asc, row.ascq);
+        const SenseData sense
+            = parseSense(reinterpret_cast<const quint8*>(bytes.constData()), int(bytes.size()));
+        ASSERT_TRUE(sense.valid);
+        const ReadVerdict v = readVerdict(sense);
+        EXPECT_EQ(v.failure, row.failure);
+        EXPECT_EQ(v.error, row.error);
+        EXPECT_EQ(v.retries, row.retries);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Drives, SenseTable,
-    ::testing::Values(SenseRow{0x3, 0x11, 0x05, ReadFailure::MediumError, EIO, 0}, // L-EC uncorrectable
-        SenseRow{0x3, 0x02, 0x00, ReadFailure::MediumError, EIO, 0}, // no seek complete
-        SenseRow{0x4, 0x09, 0x01, ReadFailure::MediumError, EIO, 0}, // tracking servo failure
-        SenseRow{0x5, 0x64, 0x00, ReadFailure::IllegalMode, EIO, 0}, // illegal mode for this track
-        SenseRow{0x5, 0x21, 0x00, ReadFailure::OutOfRange, EIO, 0}, // LBA out of range
-        SenseRow{0x5, 0x63, 0x00, ReadFailure::OutOfRange, EIO, 0}, // end of user area
-        SenseRow{0x8, 0x00, 0x00, ReadFailure::OutOfRange, EIO, 0}, // blank check
-        SenseRow{0x5, 0x24, 0x00, ReadFailure::Unsupported, EOPNOTSUPP, 0}, // invalid field in CDB
-        SenseRow{0x5, 0x20, 0x00, ReadFailure::Unsupported, EOPNOTSUPP, 0}, // invalid opcode
-        SenseRow{0x5, 0x1A, 0x00, ReadFailure::Unknown, EIO, 0}, // parameter list length error
-        SenseRow{0x2, 0x3A, 0x01, ReadFailure::NoDisc, ENOMEDIUM, 0}, // tray closed, no disc
-        SenseRow{0x2, 0x04, 0x01, ReadFailure::Transient, EIO, 2}, // becoming ready
-        SenseRow{0x2, 0x04, 0x00, ReadFailure::NoDisc, ENOMEDIUM, 0}, // not ready, cause not reportable
-        SenseRow{0x6, 0x28, 0x00, ReadFailure::DiscChanged, ENOMEDIUM, 0}, // a disc was changed
-        SenseRow{0x6, 0x29, 0x00, ReadFailure::Transient, EIO, 2}, // power on or reset
-        SenseRow{0xB, 0x00, 0x00, ReadFailure::Transient, EIO, 2}, // aborted command
-        SenseRow{0x1, 0x18, 0x00, ReadFailure::Recovered, 0, 0})); // corrected with retries
 
 TEST(SenseData, DescriptorFormatAndMissingSense)
 {
@@ -184,62 +176,50 @@ struct ScriptedDrive
     }
 };
 
-struct DriveRow
+TEST(DriveReads, FollowTheVerdicts)
 {
-    const char* what;
-    qint64 badSector; // -1: none
-    SenseRow sense;
-    int failures;
-    qint64 count;
-    qint64 sectors; // read whole
-    int error;
-    int commands;
-    qint64 endLsn; // after the read
-};
-
-class DriveReads : public ::testing::TestWithParam<DriveRow>
-{
-};
-
-TEST_P(DriveReads, FollowTheVerdicts)
-{
-    const DriveRow& row = GetParam();
-    constexpr qint64 kFirst = 1000;
-    ScriptedDrive drive;
-    if (row.badSector >= 0)
-        drive.bad.insert(kFirst + row.badSector, ScriptedDrive::Bad{row.sense, row.failures});
-    QByteArray out(row.count * 4, '\0');
-    qint64 endLsn = kFirst + 5000;
-    const SectorRead read = readThroughDrive(
-        kFirst, row.count, 4, out.data(),
-        [&](qint64 lsn, qint64 count, char* to) { return drive.read(lsn, count, to); },
-        [&] { return drive.last; }, endLsn);
-    EXPECT_EQ(read.sectors, row.sectors);
-    EXPECT_EQ(read.error, row.error);
-    EXPECT_EQ(drive.commands, row.commands);
-    EXPECT_EQ(endLsn, row.endLsn < 0 ? kFirst + 5000 : kFirst + row.endLsn);
-    for (qint64 s = 0; s < read.sectors; ++s)
-        EXPECT_EQ(out[s * 4 + 3], char((kFirst + s) & 0xFF)) << "sector " << s;
-}
-
-INSTANTIATE_TEST_SUITE_P(Drives, DriveReads,
-    ::testing::Values(
-        // 40 sectors in two commands of 32 and 8.
-        DriveRow{"clean", -1, {}, 0, 40, 40, 0, 2, -1},
+    const struct
+    {
+        const char* what;
+        qint64 badSector; // -1: none
+        SenseRow sense;
+        int failures;
+        qint64 count;
+        qint64 sectors; // read whole
+        int error;
+        int commands;
+        qint64 endLsn; // after the read
+    } rows[] = {// 40 sectors in two commands of 32 and 8.
+        {"clean", -1, {}, 0, 40, 40, 0, 2, -1},
         // The command of 10 fails, then one by one: 5 good, the bad one once (the drive has retried).
-        DriveRow{"medium error", 5, {0x3, 0x11, 0x05, {}, 0, 0}, -1, 10, 5, EIO, 7, -1},
-        DriveRow{"illegal mode", 0, {0x5, 0x64, 0x00, {}, 0, 0}, -1, 10, 0, EIO, 2, -1},
+        {"medium error", 5, {0x3, 0x11, 0x05, {}, 0, 0}, -1, 10, 5, EIO, 7, -1},
+        {"illegal mode", 0, {0x5, 0x64, 0x00, {}, 0, 0}, -1, 10, 0, EIO, 2, -1},
         // Becoming ready: asked again twice, then read; the rest one by one.
-        DriveRow{"passing", 5, {0x2, 0x04, 0x01, {}, 0, 0}, 2, 10, 10, 0, 13, -1},
-        DriveRow{"not passing", 5, {0x2, 0x04, 0x01, {}, 0, 0}, -1, 10, 5, EIO, 9, -1},
-        DriveRow{"past the end", 7, {0x5, 0x21, 0x00, {}, 0, 0}, -1, 10, 7, EIO, 9, 7},
-        DriveRow{"corrected", 3, {0x1, 0x18, 0x00, {}, 0, 0}, -1, 10, 10, 0, 11, -1},
-        DriveRow{"no disc", 0, {0x2, 0x3A, 0x00, {}, 0, 0}, -1, 10, 0, ENOMEDIUM, 2, -1}),
-    [](const ::testing::TestParamInfo<DriveRow>& row) {
-        std::string name = row.param.what;
-        std::replace(name.begin(), name.end(), ' ', '_');
-        return name;
-    });
+        {"passing", 5, {0x2, 0x04, 0x01, {}, 0, 0}, 2, 10, 10, 0, 13, -1},
+        {"not passing", 5, {0x2, 0x04, 0x01, {}, 0, 0}, -1, 10, 5, EIO, 9, -1},
+        {"past the end", 7, {0x5, 0x21, 0x00, {}, 0, 0}, -1, 10, 7, EIO, 9, 7},
+        {"corrected", 3, {0x1, 0x18, 0x00, {}, 0, 0}, -1, 10, 10, 0, 11, -1},
+        {"no disc", 0, {0x2, 0x3A, 0x00, {}, 0, 0}, -1, 10, 0, ENOMEDIUM, 2, -1}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        constexpr qint64 kFirst = 1000;
+        ScriptedDrive drive;
+        if (row.badSector >= 0)
+            drive.bad.insert(kFirst + row.badSector, ScriptedDrive::Bad{row.sense, row.failures});
+        QByteArray out(row.count * 4, '\0');
+        qint64 endLsn = kFirst + 5000;
+        const SectorRead read = readThroughDrive(
+            kFirst, row.count, 4, out.data(),
+            [&](qint64 lsn, qint64 count, char* to) { return drive.read(lsn, count, to); },
+            [&] { return drive.last; }, endLsn);
+        EXPECT_EQ(read.sectors, row.sectors);
+        EXPECT_EQ(read.error, row.error);
+        EXPECT_EQ(drive.commands, row.commands);
+        EXPECT_EQ(endLsn, row.endLsn < 0 ? kFirst + 5000 : kFirst + row.endLsn);
+        for (qint64 s = 0; s < read.sectors; ++s)
+            EXPECT_EQ(out[s * 4 + 3], char((kFirst + s) & 0xFF)) << "sector " << s;
+    }
+}
 
 TEST(DiscFileNames, SplitAtTheFirstDiscThatExists)
 {

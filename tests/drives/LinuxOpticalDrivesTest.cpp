@@ -8,6 +8,7 @@
 
 using vindaro::platform::LinuxOpticalDrives;
 using vindaro::platform::OpticalDrive;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -21,27 +22,22 @@ const QByteArray kMountInfo = "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda
                               "43 22 0:51 / /net rw - nfs server:/export rw\n"
                               "44 22 0:52 / relative rw - tmpfs tmpfs rw\n";
 
-TEST(LinuxOpticalDrives, ParsesMountInfo)
+TEST(LinuxOpticalDrives, ParsesMountInfoAndOddLinesWithoutCrashing)
 {
     const QList<LinuxOpticalDrives::MountEntry> entries = LinuxOpticalDrives::parseMountInfo(kMountInfo);
     ASSERT_EQ(entries.size(), 5);
-    EXPECT_EQ(entries[0].mountPoint, QStringLiteral("/"));
-    EXPECT_EQ(entries[1].majorMinor, QStringLiteral("11:1"));
-    EXPECT_EQ(entries[1].mountPoint, QStringLiteral("/media/user/MY DISC"));
-    EXPECT_EQ(entries[1].fsType, QStringLiteral("iso9660"));
-    EXPECT_EQ(entries[1].source, QStringLiteral("/dev/sr1"));
-    EXPECT_EQ(entries[3].mountPoint, QStringLiteral("/media/cd10"));
-    EXPECT_EQ(entries[4].source, QStringLiteral("server:/export"));
-}
-
-TEST(LinuxOpticalDrives, ParsesTruncatedAndOddLinesWithoutCrashing)
-{
-    EXPECT_TRUE(LinuxOpticalDrives::parseMountInfo("").isEmpty());
-    EXPECT_TRUE(LinuxOpticalDrives::parseMountInfo("1 2 3 4 5 6 -").isEmpty());
-    EXPECT_TRUE(LinuxOpticalDrives::parseMountInfo("1 2 3 / /x o - iso9660").isEmpty());
+    EXPECT_EQ(entries[0].mountPoint, u"/"_s);
+    EXPECT_EQ(entries[1].majorMinor, u"11:1"_s);
+    EXPECT_EQ(entries[1].mountPoint, u"/media/user/MY DISC"_s);
+    EXPECT_EQ(entries[1].fsType, u"iso9660"_s);
+    EXPECT_EQ(entries[1].source, u"/dev/sr1"_s);
+    EXPECT_EQ(entries[3].mountPoint, u"/media/cd10"_s);
+    EXPECT_EQ(entries[4].source, u"server:/export"_s);
+    for (const char* line : {"", "1 2 3 4 5 6 -", "1 2 3 / /x o - iso9660"})
+        EXPECT_TRUE(LinuxOpticalDrives::parseMountInfo(line).isEmpty()) << line;
     const auto tail = LinuxOpticalDrives::parseMountInfo("1 2 3:4 / /a\\04 o - t /dev/sr0 ro");
     ASSERT_EQ(tail.size(), 1);
-    EXPECT_EQ(tail[0].mountPoint, QStringLiteral("/a\\04")); // a cut escape stays as written
+    EXPECT_EQ(tail[0].mountPoint, u"/a\\04"_s); // a cut escape stays as written
 }
 
 class FakeSystemTree : public ::testing::Test
@@ -51,14 +47,14 @@ protected:
     {
         ASSERT_TRUE(m_dir.isValid());
         for (const char* name : {"sda", "loop0", "sr0", "sr1", "sr10"})
-            writeFile(QStringLiteral("sys/block/%1/size").arg(QLatin1String(name)), "0\n");
-        writeFile(QStringLiteral("sys/block/sr0/dev"), "11:0\n");
-        writeFile(QStringLiteral("sys/block/sr1/dev"), "11:1\n");
-        writeFile(QStringLiteral("sys/block/sr10/dev"), "11:10\n");
+            writeFile(u"sys/block/%1/size"_s.arg(QLatin1String(name)), "0\n");
+        writeFile(u"sys/block/sr0/dev"_s, "11:0\n");
+        writeFile(u"sys/block/sr1/dev"_s, "11:1\n");
+        writeFile(u"sys/block/sr10/dev"_s, "11:10\n");
         for (const char* name : {"sda", "sr0", "sr1", "sr2", "sr10", "srx", "cdrom"})
-            writeFile(QStringLiteral("dev/%1").arg(QLatin1String(name)), "");
-        writeFile(QStringLiteral("proc/self/mountinfo"), kMountInfo);
-        ASSERT_TRUE(QDir(m_dir.path()).mkpath(QStringLiteral("media/user/MY DISC")));
+            writeFile(u"dev/%1"_s.arg(QLatin1String(name)), "");
+        writeFile(u"proc/self/mountinfo"_s, kMountInfo);
+        ASSERT_TRUE(QDir(m_dir.path()).mkpath(u"media/user/MY DISC"_s));
     }
 
     void writeFile(const QString& relative, const QByteArray& bytes)
@@ -83,12 +79,8 @@ TEST_F(FakeSystemTree, ListsDrivesWithTheirMountPoints)
     EXPECT_EQ(list[1], (OpticalDrive{"/dev/sr1", "/media/user/MY DISC"}));
     EXPECT_EQ(list[2], (OpticalDrive{"/dev/sr2", ""}));
     EXPECT_EQ(list[3], (OpticalDrive{"/dev/sr10", "/media/cd10"}));
-    EXPECT_EQ(list[1].root(), QStringLiteral("/media/user/MY DISC"));
-    EXPECT_EQ(list[0].root(), QStringLiteral("/dev/sr0"));
-}
-
-TEST_F(FakeSystemTree, EmptyTreeHasNoDrives)
-{
+    EXPECT_EQ(list[1].root(), u"/media/user/MY DISC"_s);
+    EXPECT_EQ(list[0].root(), u"/dev/sr0"_s);
     QTemporaryDir empty;
     EXPECT_TRUE(LinuxOpticalDrives(empty.path()).list().isEmpty());
 }
@@ -100,26 +92,21 @@ TEST_F(FakeSystemTree, ReadinessFromMountPointOrMediumSize)
     EXPECT_TRUE(drives.isReady(OpticalDrive{"/dev/sr1", "/media/user/MY DISC"}));
     EXPECT_FALSE(drives.isReady(OpticalDrive{"/dev/sr10", "/media/cd10"})); // mount point missing
     EXPECT_FALSE(drives.isReady(OpticalDrive{"/dev/sr0", ""})); // size 0: no medium
-    writeFile(QStringLiteral("sys/block/sr0/size"), "1331200\n");
+    writeFile(u"sys/block/sr0/size"_s, "1331200\n");
     EXPECT_TRUE(drives.isReady(OpticalDrive{"/dev/sr0", ""}));
     EXPECT_FALSE(drives.isReady(OpticalDrive{"/dev/sr2", ""})); // no sysfs entry at all
     EXPECT_FALSE(drives.isReady(OpticalDrive{}));
 }
 
+// Trays of a plain file (the ioctl is refused), of nothing and of a missing device fail quietly.
 TEST_F(FakeSystemTree, TraysOfDevicesThatAreNoDrivesFailQuietly)
 {
     LinuxOpticalDrives drives(m_dir.path());
-    EXPECT_FALSE(drives.openTray(QStringLiteral("/dev/sr0"))); // a plain file: the ioctl is refused
-    EXPECT_FALSE(drives.closeTray(QStringLiteral("/dev/sr0")));
-    EXPECT_FALSE(drives.openTray(QString()));
-}
-
-TEST(LinuxOpticalDrives, TrayOfMissingDeviceFailsQuietly)
-{
-    LinuxOpticalDrives drives;
-    EXPECT_FALSE(drives.openTray(QStringLiteral("/dev/vindaro-no-such-drive")));
-    EXPECT_FALSE(drives.closeTray(QStringLiteral("/dev/vindaro-no-such-drive")));
-    EXPECT_FALSE(drives.isReady(OpticalDrive{"/dev/vindaro-no-such-drive", ""}));
+    for (const QString& device : {u"/dev/sr0"_s, QString(), u"/dev/vindaro-no-such-drive"_s}) {
+        EXPECT_FALSE(drives.openTray(device)) << device.toStdString();
+        EXPECT_FALSE(drives.closeTray(device)) << device.toStdString();
+    }
+    EXPECT_FALSE(LinuxOpticalDrives().isReady(OpticalDrive{"/dev/vindaro-no-such-drive", ""}));
 }
 
 } // namespace

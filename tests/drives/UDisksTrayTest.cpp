@@ -1,16 +1,15 @@
 // Trays moved through a real D-Bus daemon: a private bus stands in for the system bus
 // (DBUS_SYSTEM_BUS_ADDRESS) and a stand-in UDisks2 service of our own answers on it. The tray ioctl is
 // replaced by a recorder, so no real drive moves whatever happens.
-#include "DrivesTestSupport.h"
 #include "drives/TrayJob.h"
+#include "platform/PlatformTestSupport.h"
 #include "platform/linux/LinuxOpticalDrives.h"
 
-#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -20,6 +19,7 @@
 using vindaro::platform::LinuxOpticalDrives;
 using vindaro::platform::TrayIoctl;
 using vindaro::platform::TrayOptions;
+using namespace vindaro::testing;
 
 namespace {
 
@@ -27,76 +27,22 @@ const QString kDevice = QStringLiteral("/dev/vindaro-standin-sr0");
 const char kBlock[] = "/org/freedesktop/UDisks2/block_devices/standin0";
 const char kDrive[] = "/org/freedesktop/UDisks2/drives/StandIn_DVD_RW";
 
-// The first non-empty line the process prints within 10 s; empty when none.
-QByteArray firstLine(QProcess& process)
-{
-    const QDeadlineTimer deadline(10000);
-    for (;;) {
-        while (process.canReadLine()) {
-            const QByteArray line = process.readLine().trimmed();
-            if (!line.isEmpty())
-                return line;
-        }
-        if (deadline.hasExpired()
-            || !process.waitForReadyRead(static_cast<int>(qMax<qint64>(1, deadline.remainingTime()))))
-            return {};
-    }
-}
-
-void stop(QProcess& process)
-{
-    if (process.state() == QProcess::NotRunning)
-        return;
-    process.kill();
-    process.waitForFinished(10000);
-}
-
 class UDisksTray : public ::testing::Test
 {
 protected:
     void SetUp() override
     {
-        const QString daemon = QStandardPaths::findExecutable(QStringLiteral("dbus-daemon"));
-        if (daemon.isEmpty())
-            GTEST_SKIP() << "dbus-daemon is not installed";
         ASSERT_TRUE(m_dir.isValid());
-        // A bus of our own: anyone may own any name, and no service is started on demand.
-        QFile config(m_dir.filePath(QStringLiteral("bus.conf")));
-        ASSERT_TRUE(config.open(QIODevice::WriteOnly));
-        config.write("<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\" "
-                     "\"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
-                     "<busconfig><type>system</type><listen>unix:dir="
-            + QFile::encodeName(m_dir.path())
-            + "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\"/>"
-              "<allow own=\"*\"/><allow receive_sender=\"*\"/></policy></busconfig>\n");
-        config.close();
-        m_bus.start(daemon,
-            {QStringLiteral("--config-file=") + config.fileName(), QStringLiteral("--nofork"),
-                QStringLiteral("--print-address=1")});
-        const QByteArray address = firstLine(m_bus);
-        if (address.isEmpty())
-            GTEST_SKIP() << "dbus-daemon did not start: " << m_bus.readAllStandardError().toStdString();
-        m_oldAddress = qgetenv("DBUS_SYSTEM_BUS_ADDRESS");
-        m_hadAddress = qEnvironmentVariableIsSet("DBUS_SYSTEM_BUS_ADDRESS");
-        qputenv("DBUS_SYSTEM_BUS_ADDRESS", address);
-        m_logPath = m_dir.filePath(QStringLiteral("calls.log"));
+        if (const QString why = m_bus.start(); !why.isEmpty())
+            GTEST_SKIP() << why.toStdString();
     }
-
-    void TearDown() override
-    {
-        stop(m_standIn);
-        stop(m_bus);
-        if (m_hadAddress)
-            qputenv("DBUS_SYSTEM_BUS_ADDRESS", m_oldAddress);
-        else
-            qunsetenv("DBUS_SYSTEM_BUS_ADDRESS");
-    }
+    void TearDown() override { stopProcess(m_standIn); }
 
     void startStandIn(const QStringList& flags)
     {
-        m_standIn.start(QStringLiteral(UDISKS2_STANDIN),
-            QStringList{QStringLiteral("--device"), kDevice, QStringLiteral("--log"), m_logPath} + flags);
-        ASSERT_EQ(firstLine(m_standIn), "ready") << m_standIn.readAllStandardError().toStdString();
+        ASSERT_TRUE(startService(m_standIn, QStringLiteral(UDISKS2_STANDIN),
+            QStringList{QStringLiteral("--device"), kDevice, QStringLiteral("--log"), m_logPath} + flags))
+            << m_standIn.readAllStandardError().toStdString();
     }
 
     // The action calls the stand-in received, in order.
@@ -121,11 +67,9 @@ protected:
     }
 
     QTemporaryDir m_dir;
-    QProcess m_bus;
+    PrivateBus m_bus{m_dir.path(), true};
     QProcess m_standIn;
-    QString m_logPath;
-    QByteArray m_oldAddress;
-    bool m_hadAddress = false;
+    const QString m_logPath = m_dir.filePath(QStringLiteral("calls.log"));
     QStringList m_ioctls;
     bool m_ioctlMoves = true;
 };
@@ -178,12 +122,15 @@ INSTANTIATE_TEST_SUITE_P(Table, UDisksEject,
         EjectCase{"ServiceAbsentIoctlFails", false, {}, false, false, {}, {kIoctlEject}}),
     [](const ::testing::TestParamInfo<EjectCase>& param) { return std::string(param.param.name); });
 
-TEST_F(UDisksTray, DeviceUnknownToTheServiceUsesTheIoctl)
+// A device the service does not know, and closing (the service has no close method): the ioctl's.
+TEST_F(UDisksTray, UnknownDevicesAndClosingUseTheIoctl)
 {
     startStandIn({QStringLiteral("--mounted")});
     EXPECT_TRUE(drives().openTray(QStringLiteral("/dev/vindaro-other")));
+    EXPECT_TRUE(drives().closeTray(kDevice));
     EXPECT_EQ(calls(), QStringList());
-    EXPECT_EQ(m_ioctls, QStringList{QStringLiteral("eject /dev/vindaro-other")});
+    EXPECT_EQ(m_ioctls,
+        QStringList({QStringLiteral("eject /dev/vindaro-other"), QStringLiteral("close ") + kDevice}));
 }
 
 // A service that never answers the unmount holds the tray request for the timeout only, not for the
@@ -196,7 +143,7 @@ TEST_F(UDisksTray, StuckServiceEndsAfterTheTimeout)
     EXPECT_FALSE(drives(2000).openTray(kDevice));
     EXPECT_GE(clock.elapsed(), 1900);
     EXPECT_LT(clock.elapsed(), 20000);
-    EXPECT_TRUE(vindaro::testing::waitFor([this] { return !calls().isEmpty(); }));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !calls().isEmpty(); }, 5000));
     EXPECT_EQ(calls(), QStringList{kUnmount});
     EXPECT_EQ(m_ioctls, QStringList());
 }
@@ -213,24 +160,14 @@ TEST_F(UDisksTray, EjectsFromTheTrayJobThread)
         shared,
         [shared, opened](vindaro::drives::CDRomDriveControl&) { *opened = shared->openTray(kDevice); },
         [done] { *done = true; });
-    ASSERT_TRUE(vindaro::testing::waitFor([done] { return *done; }, 20000));
+    ASSERT_TRUE(QTest::qWaitFor([done] { return *done; }, 20000));
     EXPECT_TRUE(*opened);
     EXPECT_EQ(calls(), (QStringList{kUnmount, kEject}));
 }
 
-// The service has no close method: closing is the ioctl's, with or without the service.
-TEST_F(UDisksTray, CloseUsesTheIoctl)
-{
-    startStandIn({QStringLiteral("--mounted")});
-    EXPECT_TRUE(drives().closeTray(kDevice));
-    EXPECT_EQ(calls(), QStringList());
-    EXPECT_EQ(m_ioctls, QStringList{QStringLiteral("close ") + kDevice});
-}
-
 TEST_F(UDisksTray, NoBusAtAllUsesTheIoctl)
 {
-    qputenv(
-        "DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + QFile::encodeName(m_dir.filePath(QStringLiteral("none"))));
+    m_bus.pointNowhere();
     EXPECT_TRUE(drives().openTray(kDevice));
     EXPECT_EQ(m_ioctls, QStringList{kIoctlEject});
 }

@@ -1,6 +1,5 @@
 #include "platform/linux/DesktopExec.h"
 
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -8,90 +7,60 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
-
-using vindaro::platform::DesktopApplication;
 using vindaro::platform::ExecFields;
+using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kClip = QStringLiteral("/media/光盘/MPEGAV/AVSEQ01 (1).DAT");
-const QString kOther = QStringLiteral("/tmp/b.dat");
-
-struct Row
+TEST(ExecLines, ExpandAsTheDesktopEntryRulesSay)
 {
-    const char* what;
-    QString exec;
-    QStringList files;
-    QList<QStringList> commands; // empty: the line breaks the rules
-};
-
-void PrintTo(const Row& row, std::ostream* out)
-{
-    *out << row.what;
-}
-
-class ExecLines : public ::testing::TestWithParam<Row>
-{
-};
-
-TEST_P(ExecLines, ExpandAsTheDesktopEntryRulesSay)
-{
-    const Row& row = GetParam();
-    const ExecFields fields{row.files, QStringLiteral("vlc"), QStringLiteral("VLC 播放器"),
-        QStringLiteral("/usr/share/applications/vlc.desktop")};
-    EXPECT_EQ(vindaro::platform::expandExec(row.exec, fields), row.commands) << row.what;
-}
-
-QString s(const char* text)
-{
-    return QString::fromUtf8(text);
-}
-
-INSTANTIATE_TEST_SUITE_P(Table, ExecLines,
-    ::testing::Values(Row{"%U takes every file as it stands", s("vlc --started-from-file %U"),
-                          {kClip, kOther}, {{s("vlc"), s("--started-from-file"), kClip, kOther}}},
-        Row{"%f starts the program once per file", s("player %f"), {kClip, kOther},
-            {{s("player"), kClip}, {s("player"), kOther}}},
-        Row{"a code inside a longer argument", s("player --open=%u --x=%%"), {kClip},
-            {{s("player"), s("--open=") + kClip, s("--x=%")}}},
-        Row{"no file code: the file goes at the end", s("editor  -n"), {kClip},
-            {{s("editor"), s("-n"), kClip}}},
-        Row{"no files: the file code goes", s("player %f --fullscreen"), {},
-            {{s("player"), s("--fullscreen")}}},
-        Row{"a quoted program and quoted escapes", s(R"("/opt/My App/run" "a \"b\" \$HOME \\ \`x\`" "" %F)"),
-            {kClip}, {{s("/opt/My App/run"), s(R"(a "b" $HOME \ `x`)"), s(""), kClip}}},
-        Row{"nothing is expanded inside quotes", s(R"(sh -c "cat %f")"), {kClip},
-            {{s("sh"), s("-c"), s("cat %f"), kClip}}},
-        Row{"icon, name and entry", s("app %i %c %k"), {},
-            {{s("app"), s("--icon"), s("vlc"), s("VLC 播放器"), s("/usr/share/applications/vlc.desktop")}}},
-        Row{"deprecated codes are dropped", s("app %d %D %n %N %v %m -x%m %f"), {kClip},
-            {{s("app"), s("-x"), kClip}}},
+    const QString clip = u"/media/光盘/MPEGAV/AVSEQ01 (1).DAT"_s;
+    const QString other = u"/tmp/b.dat"_s;
+    const struct
+    {
+        const char* what;
+        QString exec;
+        QStringList files;
+        QList<QStringList> commands; // empty: the line breaks the rules
+    } rows[] = {
+        {"%U takes every file as it stands", u"vlc --started-from-file %U"_s, {clip, other},
+            {{u"vlc"_s, u"--started-from-file"_s, clip, other}}},
+        {"%f starts the program once per file", u"player %f"_s, {clip, other},
+            {{u"player"_s, clip}, {u"player"_s, other}}},
+        {"a code inside a longer argument", u"player --open=%u --x=%%"_s, {clip},
+            {{u"player"_s, u"--open="_s + clip, u"--x=%"_s}}},
+        {"no file code: the file goes at the end", u"editor  -n"_s, {clip}, {{u"editor"_s, u"-n"_s, clip}}},
+        {"no files: the file code goes", u"player %f --fullscreen"_s, {}, {{u"player"_s, u"--fullscreen"_s}}},
+        {"a quoted program and quoted escapes", uR"("/opt/My App/run" "a \"b\" \$HOME \\ \`x\`" "" %F)"_s,
+            {clip}, {{u"/opt/My App/run"_s, uR"(a "b" $HOME \ `x`)"_s, u""_s, clip}}},
+        {"nothing is expanded inside quotes", uR"(sh -c "cat %f")"_s, {clip},
+            {{u"sh"_s, u"-c"_s, u"cat %f"_s, clip}}},
+        {"icon, name and entry", u"app %i %c %k"_s, {},
+            {{u"app"_s, u"--icon"_s, u"vlc"_s, u"VLC 播放器"_s, u"/usr/share/applications/vlc.desktop"_s}}},
+        {"deprecated codes are dropped", u"app %d %D %n %N %v %m -x%m %f"_s, {clip},
+            {{u"app"_s, u"-x"_s, clip}}},
         // Lines that give nothing to run.
-        Row{"two file codes", s("app %f %U"), {kClip}, {}}, Row{"an unknown code", s("app %z"), {kClip}, {}},
-        Row{"a percent sign at the end", s("app 100%"), {kClip}, {}},
-        Row{"%F inside an argument", s("app --files=%F"), {kClip}, {}},
-        Row{"%i inside an argument", s("app -i%i"), {kClip}, {}},
-        Row{"a single quote", s("sh -c 'x'"), {kClip}, {}},
-        Row{"a pipe outside quotes", s("app x|y"), {kClip}, {}}, Row{"a tilde", s("~/bin/app"), {kClip}, {}},
-        Row{"an unclosed quote", s(R"(app "x)"), {kClip}, {}},
-        Row{"text after a closing quote", s(R"(app "x"y)"), {kClip}, {}},
-        Row{"an unescaped dollar inside quotes", s(R"(app "a$b")"), {kClip}, {}},
-        Row{"an unknown escape inside quotes", s(R"(app "a\qb")"), {kClip}, {}},
-        Row{"an equals sign in the program", s("LANG=C app"), {kClip}, {}},
-        Row{"a code in place of the program", s("%f"), {kClip}, {}},
-        Row{"an empty line", s("  "), {kClip}, {}}));
-
-TEST(LaunchCommands, ATerminalApplicationRunsInTheTerminal)
-{
-    DesktopApplication application;
-    application.exec = QStringLiteral("top -d %f");
-    const QStringList terminal{QStringLiteral("xterm"), QStringLiteral("-e")};
-    const QStringList command{QStringLiteral("top"), QStringLiteral("-d"), kClip};
-    EXPECT_EQ(vindaro::platform::launchCommands(application, {kClip}, terminal), QList<QStringList>{command});
-    application.terminal = true;
-    EXPECT_EQ(vindaro::platform::launchCommands(application, {kClip}, terminal),
-        QList<QStringList>{terminal + command});
+        {"two file codes", u"app %f %U"_s, {clip}, {}},
+        {"an unknown code", u"app %z"_s, {clip}, {}},
+        {"a percent sign at the end", u"app 100%"_s, {clip}, {}},
+        {"%F inside an argument", u"app --files=%F"_s, {clip}, {}},
+        {"%i inside an argument", u"app -i%i"_s, {clip}, {}},
+        {"a single quote", u"sh -c 'x'"_s, {clip}, {}},
+        {"a pipe outside quotes", u"app x|y"_s, {clip}, {}},
+        {"a tilde", u"~/bin/app"_s, {clip}, {}},
+        {"an unclosed quote", uR"(app "x)"_s, {clip}, {}},
+        {"text after a closing quote", uR"(app "x"y)"_s, {clip}, {}},
+        {"an unescaped dollar inside quotes", uR"(app "a$b")"_s, {clip}, {}},
+        {"an unknown escape inside quotes", uR"(app "a\qb")"_s, {clip}, {}},
+        {"an equals sign in the program", u"LANG=C app"_s, {clip}, {}},
+        {"a code in place of the program", u"%f"_s, {clip}, {}},
+        {"an empty line", u"  "_s, {clip}, {}},
+    };
+    for (const auto& row : rows) {
+        const ExecFields fields{
+            row.files, u"vlc"_s, u"VLC 播放器"_s, u"/usr/share/applications/vlc.desktop"_s};
+        EXPECT_EQ(vindaro::platform::expandExec(row.exec, fields), row.commands) << row.what;
+    }
 }
 
 // The launcher starts a real program, detached, in the folder asked for; a missing program is reported.
@@ -99,19 +68,14 @@ TEST(StartDetached, StartsTheProgramInItsFolder)
 {
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
-    const QString out = dir.filePath(QStringLiteral("pwd.txt"));
-    ASSERT_TRUE(vindaro::platform::startDetached(QStringLiteral("/bin/sh"),
-        {QStringLiteral("-c"), QStringLiteral("pwd -P > \"$1.part\" && mv \"$1.part\" \"$1\""),
-            QStringLiteral("sh"), out},
-        dir.path()));
-    const QDeadlineTimer deadline(10000);
-    while (!QFile::exists(out) && !deadline.hasExpired())
-        QTest::qWait(10);
+    const QString out = dir.filePath(u"pwd.txt"_s);
+    ASSERT_TRUE(vindaro::platform::startDetached(u"/bin/sh"_s,
+        {u"-c"_s, u"pwd -P > \"$1.part\" && mv \"$1.part\" \"$1\""_s, u"sh"_s, out}, dir.path()));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return QFile::exists(out); }, 10000));
     QFile file(out);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(QString::fromUtf8(file.readAll()).trimmed(), QDir(dir.path()).canonicalPath());
-
-    EXPECT_FALSE(vindaro::platform::startDetached(dir.filePath(QStringLiteral("no-such-program")), {}, {}));
+    EXPECT_FALSE(vindaro::platform::startDetached(dir.filePath(u"no-such-program"_s), {}, {}));
 }
 
 } // namespace

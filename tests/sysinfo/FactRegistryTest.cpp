@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
+#include <utility>
 
 using namespace vindaro::sysinfo;
 
@@ -44,53 +44,38 @@ TEST(ReadRemoteReg, EachTypeReadsAsText)
 
 TEST(HexToNumber, ReadsHexDigitsAndRefusesTheRest)
 {
-    EXPECT_EQ(HexToNumber("708"), 1800u);
-    EXPECT_EQ(HexToNumber("85"), 133u);
-    EXPECT_EQ(HexToNumber("ff"), 255u);
-    EXPECT_EQ(HexToNumber("FFFFFFFF"), 0xFFFFFFFFu);
-    EXPECT_EQ(HexToNumber("FFFFFFFFFFFFFFFF"), ~quint64(0));
-    EXPECT_EQ(HexToNumber(""), 0u);
-    EXPECT_EQ(HexToNumber("7G8"), 0u);
-    EXPECT_EQ(HexToNumber("10000000000000000"), 0u); // 17 digits
+    const std::pair<const char*, quint64> rows[]
+        = {{"708", 1800u}, {"85", 133u}, {"ff", 255u}, {"FFFFFFFF", 0xFFFFFFFFu},
+            {"FFFFFFFFFFFFFFFF", ~quint64(0)}, {"", 0u}, {"7G8", 0u}, {"10000000000000000", 0u}}; // 17 digits
+    for (const auto& [text, number] : rows)
+        EXPECT_EQ(HexToNumber(text), number) << text;
 }
 
-struct FamilyCase
+TEST(GetWinVersion, FamilyOfTheVersion)
 {
-    const char* versionNumber; // 9x key; nullptr: missing
-    const char* currentVersion; // NT key; nullptr: missing
-    const char* family;
-};
-
-void PrintTo(const FamilyCase& c, std::ostream* os)
-{
-    *os << (c.versionNumber ? c.versionNumber : "-") << " " << (c.currentVersion ? c.currentVersion : "-");
-}
-
-class WinVersionTable : public ::testing::TestWithParam<FamilyCase>
-{
-};
-
-TEST_P(WinVersionTable, FamilyOfTheVersion)
-{
-    FactRegistry r;
-    if (GetParam().versionNumber)
-        set(r, k9xSystemKey, "VersionNumber",
-            FactValue::string(QString::fromLatin1(GetParam().versionNumber)));
-    if (GetParam().currentVersion)
-        set(r, kNtSystemKey, "CurrentVersion",
-            FactValue::string(QString::fromLatin1(GetParam().currentVersion)));
-    EXPECT_EQ(GetWinVersion(r), QString::fromLatin1(GetParam().family));
-}
-
-INSTANTIATE_TEST_SUITE_P(Codes, WinVersionTable,
-    ::testing::Values(FamilyCase{nullptr, "5.1", "NT"}, FamilyCase{nullptr, "5.0", "NT"},
-        FamilyCase{nullptr, "4.0", "9x/NT"}, FamilyCase{"4.90", nullptr, "9x"},
-        FamilyCase{"4.10", "5.1", "9x"},
+    const struct
+    {
+        const char* versionNumber; // 9x key; nullptr: missing
+        const char* currentVersion; // NT key; nullptr: missing
+        const char* family;
+    } rows[] = {{nullptr, "5.1", "NT"}, {nullptr, "5.0", "NT"}, {nullptr, "4.0", "9x/NT"},
+        {"4.90", nullptr, "9x"}, {"4.10", "5.1", "9x"},
         // A 9x version text with its build appended counts by its first two parts.
-        FamilyCase{"4.10.1998", nullptr, "9x"}, FamilyCase{"4.00.950", nullptr, "9x/NT"},
+        {"4.10.1998", nullptr, "9x"}, {"4.00.950", nullptr, "9x/NT"},
         // Codes outside the table are kept: a newer system, this one's "12", a text that is no number.
-        FamilyCase{nullptr, "6.1", "610"}, FamilyCase{nullptr, "12", "100"},
-        FamilyCase{nullptr, "rolling", "rng"}, FamilyCase{nullptr, nullptr, ""}));
+        {nullptr, "6.1", "610"}, {nullptr, "12", "100"}, {nullptr, "rolling", "rng"}, {nullptr, nullptr, ""}};
+    for (const auto& row : rows) {
+        FactRegistry r;
+        if (row.versionNumber)
+            set(r, k9xSystemKey, "VersionNumber", FactValue::string(QString::fromLatin1(row.versionNumber)));
+        if (row.currentVersion)
+            set(r, kNtSystemKey, "CurrentVersion",
+                FactValue::string(QString::fromLatin1(row.currentVersion)));
+        EXPECT_EQ(GetWinVersion(r).toStdString(), row.family)
+            << (row.versionNumber ? row.versionNumber : "-") << " "
+            << (row.currentVersion ? row.currentVersion : "-");
+    }
+}
 
 TEST(GetComputerInfo, NtLayoutWithMissingValues)
 {

@@ -2,69 +2,45 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
-
 using namespace vindaro::sysinfo;
+using namespace Qt::StringLiterals;
 
 namespace {
 
-struct NameCase
+TEST(OsVersionName, NamesTheVersionCode)
 {
-    OsVersion version;
-    const char* name;
-};
-
-void PrintTo(const NameCase& c, std::ostream* os)
-{
-    *os << c.version.platformId << '.' << c.version.majorVersion << '.' << c.version.minorVersion;
-}
-
-class OsVersionNameTable : public ::testing::TestWithParam<NameCase>
-{
-};
-
-TEST_P(OsVersionNameTable, NamesTheVersionCode)
-{
-    EXPECT_EQ(GetOSVersionName(GetParam().version), QString::fromUtf8(GetParam().name));
-}
-
-INSTANTIATE_TEST_SUITE_P(KnownAndUnknownCodes, OsVersionNameTable,
-    ::testing::Values(NameCase{{1, 4, 0}, "Microsoft Windows 95"},
-        NameCase{{1, 4, 10}, "Microsoft Windows 98"}, NameCase{{1, 4, 90}, "Microsoft Windows Me"},
-        NameCase{{2, 3, 51}, "WindowsNT 3.51"}, NameCase{{2, 4, 0}, "WindowsNT 4.0"},
-        NameCase{{2, 5, 0}, "Microsoft Windows 2000"}, NameCase{{2, 5, 1}, "Microsoft Windows XP"},
+    const struct
+    {
+        OsVersion version;
+        const char* name;
+    } rows[] = {{{1, 4, 0}, "Microsoft Windows 95"}, {{1, 4, 10}, "Microsoft Windows 98"},
+        {{1, 4, 90}, "Microsoft Windows Me"}, {{2, 3, 51}, "WindowsNT 3.51"}, {{2, 4, 0}, "WindowsNT 4.0"},
+        {{2, 5, 0}, "Microsoft Windows 2000"}, {{2, 5, 1}, "Microsoft Windows XP"},
         // Unknown codes: the family prefix, then the code without padding.
-        NameCase{{2, 6, 0}, "WindowsNT 2.6.0"}, NameCase{{0, 3, 10}, "Windows3X 0.3.10"},
-        NameCase{{1, 4, 1}, "Windows9X 1.4.1"}, NameCase{{3, 10, 0}, "Windows9X 3.10.0"},
+        {{2, 6, 0}, "WindowsNT 2.6.0"}, {{0, 3, 10}, "Windows3X 0.3.10"}, {{1, 4, 1}, "Windows9X 1.4.1"},
+        {{3, 10, 0}, "Windows9X 3.10.0"},
         // "1.4.1" + "0" must not be read as 1.4.10, nor 2.5.10 as XP.
-        NameCase{{1, 41, 0}, "Windows9X 1.41.0"}, NameCase{{2, 5, 10}, "WindowsNT 2.5.10"}));
-
-TEST(OsVersionName, RefusedVersionGivesTheErrorTextThatIsNeverXp)
-{
-    EXPECT_EQ(
-        GetOSVersionName(std::optional<OsVersion>{}), QStringLiteral("Get Operating System Verion Error!"));
+        {{1, 41, 0}, "Windows9X 1.41.0"}, {{2, 5, 10}, "WindowsNT 2.5.10"}};
+    for (const auto& row : rows)
+        EXPECT_EQ(GetOSVersionName(row.version).toStdString(), row.name);
+    // A refused version gives the error text, which is never XP.
+    EXPECT_EQ(GetOSVersionName(std::optional<OsVersion>{}), u"Get Operating System Verion Error!"_s);
     EXPECT_EQ(GetOSVersionName(std::optional<OsVersion>{OsVersion{2, 5, 1}}), kWindowsXpName);
 }
 
-TEST(OsVersionName, ReadsPrettyNameFromOsRelease)
+TEST(OsVersionName, ReadsThePrettyNameFromOsReleaseOrFallsBack)
 {
-    const QString debian = QStringLiteral("NAME=\"Debian GNU/Linux\"\nVERSION=\"12 (bookworm)\"\n"
-                                          "PRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\nID=debian\n");
-    EXPECT_EQ(osReleasePrettyName(debian), QStringLiteral("Debian GNU/Linux 12 (bookworm)"));
-    // Single quotes, escapes, comments and blanks around the line.
-    EXPECT_EQ(osReleasePrettyName(QStringLiteral("# comment\n  PRETTY_NAME='Say \\\"hi\\\" OS'  \n")),
-        QStringLiteral("Say \"hi\" OS"));
-    // Unquoted value.
-    EXPECT_EQ(osReleasePrettyName(QStringLiteral("PRETTY_NAME=Alpine")), QStringLiteral("Alpine"));
-}
-
-TEST(OsVersionName, FallsBackToNameAndVersionOrNothing)
-{
-    EXPECT_EQ(osReleasePrettyName(QStringLiteral("NAME=Fedora\nVERSION=\"39 (Workstation)\"\n")),
-        QStringLiteral("Fedora 39 (Workstation)"));
-    EXPECT_EQ(osReleasePrettyName(QStringLiteral("NAME=Arch\n")), QStringLiteral("Arch"));
-    EXPECT_EQ(osReleasePrettyName(QString()), QString());
-    EXPECT_EQ(osReleasePrettyName(QStringLiteral("garbage\n=novalue\nPRETTY_NAME=\"\"\n")), QString());
+    const std::pair<QString, QString> rows[] = {
+        {u"NAME=\"Debian GNU/Linux\"\nVERSION=\"12 (bookworm)\"\nPRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\n"_s,
+            u"Debian GNU/Linux 12 (bookworm)"_s},
+        // Single quotes, escapes, comments and blanks around the line.
+        {u"# comment\n  PRETTY_NAME='Say \\\"hi\\\" OS'  \n"_s, u"Say \"hi\" OS"_s},
+        {u"PRETTY_NAME=Alpine"_s, u"Alpine"_s}, // unquoted
+        {u"NAME=Fedora\nVERSION=\"39 (Workstation)\"\n"_s, u"Fedora 39 (Workstation)"_s},
+        {u"NAME=Arch\n"_s, u"Arch"_s}, {QString(), QString()},
+        {u"garbage\n=novalue\nPRETTY_NAME=\"\"\n"_s, QString()}};
+    for (const auto& [text, name] : rows)
+        EXPECT_EQ(osReleasePrettyName(text), name) << text.toStdString();
 }
 
 TEST(OsVersionName, RunningSystemHasAName)
