@@ -2,6 +2,7 @@
 // browser's texts, checked once against a golden file; the other tests check facts, not wording. After a
 // deliberate change of a text, run with VINDARO_UPDATE_GOLDEN=1 to write the file anew and review its diff.
 #include "FlashInformation.h"
+#include "GoldenText.h"
 #include "InfoSamples.h"
 #include "InfoText.h"
 #include "MP3Information.h"

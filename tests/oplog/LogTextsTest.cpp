@@ -1,6 +1,8 @@
-// Every text of the operation log, checked once; the other tests compare with these functions and
-// constants instead of restating the words.
+// Every text of the operation log, checked once against a golden file; the other tests compare with these
+// functions and constants instead of restating the words. After a deliberate change of a text, run with
+// VINDARO_UPDATE_GOLDEN=1 to write the file anew and review its diff.
 #include "oplog/LogTexts.h"
+#include "info/GoldenText.h"
 #include "oplog/ChangeMonitor.h"
 
 #include <gtest/gtest.h>
@@ -9,55 +11,30 @@ using namespace vindaro::oplog;
 
 namespace {
 
-TEST(LogTexts, EveryText)
+#define CODE(code) std::pair<const char*, quint32>(#code, code)
+
+TEST(LogTexts, EveryTextIsTheGoldenOne)
 {
-    const auto d
-        = [](quint32 code) { return describeChange(code, QStringLiteral("/p1"), QStringLiteral("/p2")); };
-    QStringList buttons;
-    for (const LogButtonText& b : logButtonTexts())
-        buttons << b.control + QLatin1Char('|') + b.caption + QLatin1Char('|') + b.tip;
-    const std::pair<QString, const char*> rows[] = {
-        {d(kRenameItem), "重命名文件 “/p1”为“/p2”"},
-        {d(kCreate), "创建文件：“/p1”"},
-        {d(kDelete), "删除文件：“/p1”"},
-        {d(kMakeDirectory), "新建文件夹：“/p1”"},
-        {d(kRemoveDirectory), "删除文件夹：“/p1”"},
-        {d(kMediaInserted), "/p1中插入可移动存储介质"},
-        {d(kMediaRemoved), "/p1中移去可移动存储介质"},
-        {d(kDriveRemoved), "移去驱动器：/p1"},
-        {d(kDriveAdded), "添加驱动器：/p1"},
-        {d(kNetShare), "改变文件夹 “/p1”的共享属性"},
-        {d(kNetUnshare), "SHCNE_NETUNSHARE"},
-        {d(kAttributes), "SHCNE_ATTRIBUTES"},
-        {d(kUpdateDirectory), "更新文件夹 “/p1”"},
-        {d(kUpdateItem), "更新文件：“/p1”"},
-        {d(kServerDisconnect), "断开与服务器的连接“/p1”“/p2”"},
-        {d(kUpdateImage), "SHCNE_UPDATEIMAGE"},
-        {d(kDriveAddedGui), "SHCNE_DRIVEADDGUI"},
-        {d(kRenameFolder), "重命名文件夹“/p1”为“/p2”"},
-        {d(kFreeSpace), "磁盘空间大小改变"},
-        {d(kAssociationChanged), "改变文件关联"},
-        {d(kDiskEventsMask), "SHCNE_DISKEVENTS"},
-        {d(kGlobalEventsMask), "SHCNE_GLOBALEVENTS"},
-        {d(kAllEventsMask), "SHCNE_ALLEVENTS"},
-        {d(kInterruptFlag), "SHCNE_INTERRUPT"},
-        // Codes outside the table, among them an event with the interrupt flag: compared whole, no match.
-        {d(0x0) + d(0x3) + d(kCreate | kInterruptFlag) + d(0x80000), ""},
-        {buttons.join(QLatin1Char(';')),
-            "picView|查看记录|查看最近的日志记录;picClear|清除记录|清除最近的日志记录;"
-            "picDelete|清空记录|清空当前的日志记录;picExit|退出|退出"},
-        {kLogWindowTitle, "文件/文件夹操作日志记录"},
-        {kLogWindowDescription,
-            "文件/"
-            "文件夹操作日志窗口。其主要记录你在复制文件过程中遇到的错误和其他一些异常情况，同时也记录你在资源"
-            "管理器中对文件或文件夹进行的一系列操作，如：新建、删除、重命名文件或文件夹；改变文件的关联；插入"
-            "或取出"
-            "光驱中的光盘；添加或删除网络共享等。"},
-        {kNoLogRecords, "无日志记录！"},
-        {kMonitorUnavailable, "系统不支持操作监视程序."},
-    };
-    for (const auto& [text, expected] : rows)
-        EXPECT_EQ(text.toStdString(), expected);
+    vindaro::testing::GoldenText golden;
+    // Every code of the table with "/p1" and "/p2" as its paths, then codes outside it (among them an event
+    // with the interrupt flag: codes are compared whole), which get no description.
+    for (const auto& [name, code] : {CODE(kRenameItem), CODE(kCreate), CODE(kDelete), CODE(kMakeDirectory),
+             CODE(kRemoveDirectory), CODE(kMediaInserted), CODE(kMediaRemoved), CODE(kDriveRemoved),
+             CODE(kDriveAdded), CODE(kNetShare), CODE(kNetUnshare), CODE(kAttributes), CODE(kUpdateDirectory),
+             CODE(kUpdateItem), CODE(kServerDisconnect), CODE(kUpdateImage), CODE(kDriveAddedGui),
+             CODE(kRenameFolder), CODE(kFreeSpace), CODE(kAssociationChanged), CODE(kDiskEventsMask),
+             CODE(kGlobalEventsMask), CODE(kAllEventsMask), CODE(kInterruptFlag), CODE(0x0), CODE(0x3),
+             CODE(kCreate | kInterruptFlag), CODE(0x80000)})
+        golden.add(
+            QString::fromLatin1(name), describeChange(code, QStringLiteral("/p1"), QStringLiteral("/p2")));
+    for (const LogButtonText& button : logButtonTexts())
+        golden.add(button.control, button.caption + QLatin1Char('|') + button.tip);
+    golden.add(QStringLiteral("title"), kLogWindowTitle);
+    golden.add(QStringLiteral("description"), kLogWindowDescription);
+    golden.add(QStringLiteral("no records"), kNoLogRecords);
+    golden.add(QStringLiteral("no monitor"), kMonitorUnavailable);
+    golden.add(QStringLiteral("watch limit"), watchLimitNote(QStringLiteral("/home/u/deep")));
+    golden.check(QStringLiteral(VINDARO_GOLDEN_DIR "/log_texts.txt"));
 }
 
 } // namespace
