@@ -26,57 +26,49 @@ MP3Information readBytes(QByteArray bytes)
     return mpeg;
 }
 
-struct HeaderCase
+TEST(MP3Information, DecodesFirstHeaderAndEstimates)
 {
-    const char* name;
-    QByteArray header;
-    qint64 fileSize;
-    const char* versionLayer;
-    qint64 bitRate, frequency, frameSize, frames, seconds;
-    const char* crcs;
-    const char* mode;
-};
-
-class MP3InformationHeaders : public ::testing::TestWithParam<HeaderCase>
-{
-};
-
-TEST_P(MP3InformationHeaders, DecodesFirstHeaderAndEstimates)
-{
-    const HeaderCase& c = GetParam();
-    const MP3Information mpeg = readBytes(mpegStream(c.header, 0, c.fileSize));
-    EXPECT_EQ(mpeg.header(), QStringLiteral("0"));
-    EXPECT_EQ(mpeg.versionLayer(), QString::fromUtf8(c.versionLayer));
-    EXPECT_EQ(mpeg.bitRate(), c.bitRate);
-    EXPECT_EQ(mpeg.frequency(), c.frequency);
-    EXPECT_EQ(mpeg.frameSize(), c.frameSize);
-    EXPECT_EQ(mpeg.frames(), c.frames);
-    EXPECT_EQ(mpeg.seconds(), c.seconds);
-    EXPECT_EQ(mpeg.crcs(), QString::fromUtf8(c.crcs));
-    EXPECT_EQ(mpeg.mode(), QString::fromUtf8(c.mode));
-    EXPECT_EQ(mpeg.bitStr().size(), 32);
-}
-
-INSTANTIATE_TEST_SUITE_P(Table, MP3InformationHeaders,
-    ::testing::Values(
+    const struct
+    {
+        QByteArray header;
+        qint64 fileSize;
+        const char* versionLayer;
+        qint64 bitRate, frequency, frameSize, frames, seconds;
+        const char* crcs;
+        const char* mode;
+    } cases[] = {
         // 128 kbit/s, 44100 Hz: 417.96 rounds to 418; 4,180,000 bytes are 10000 frames and 261.25 s.
-        HeaderCase{"Mpeg1Layer3", kMpegHeader, 4180000, "MPEG 1.0 Layer 3", 128, 44100, 418, 10000, 261, "No",
-            "合成立体声"},
-        HeaderCase{"Padded", QByteArray("\xFF\xFB\x92\x64", 4), 4180000, "MPEG 1.0 Layer 3", 128, 44100, 419,
-            9976, 261, "No", "合成立体声"},
+        {kMpegHeader, 4180000, "MPEG 1.0 Layer 3", 128, 44100, 418, 10000, 261, "No", "合成立体声"},
+        {QByteArray("\xFF\xFB\x92\x64", 4), 4180000, "MPEG 1.0 Layer 3", 128, 44100, 419, 9976, 261, "No",
+            "合成立体声"}, // padded
         // Version bit clear: the version-2 tables (Layer III index 9 = 80 kbit/s, 22050 Hz).
-        HeaderCase{"Version2", QByteArray("\xFF\xF3\x90\xC4", 4), 1000000, "MPEG 2.0 Layer 3", 80, 22050, 522,
-            1915, 100, "No", "单声道"},
+        {QByteArray("\xFF\xF3\x90\xC4", 4), 1000000, "MPEG 2.0 Layer 3", 80, 22050, 522, 1915, 100, "No",
+            "单声道"},
         // Both version bits clear (MPEG 2.5) is read as version 2.
-        HeaderCase{"Version25", QByteArray("\xFF\xE3\x90\x04", 4), 1000000, "MPEG 2.0 Layer 3", 80, 22050,
-            522, 1915, 100, "No", "立体声"},
+        {QByteArray("\xFF\xE3\x90\x04", 4), 1000000, "MPEG 2.0 Layer 3", 80, 22050, 522, 1915, 100, "No",
+            "立体声"},
         // Bit-rate index 0 (free format): no bit rate, so no time and a frame size of 0.
-        HeaderCase{"FreeFormat", QByteArray("\xFF\xFB\x00\x64", 4), 100000, "MPEG 1.0 Layer 3", 0, 44100, 0,
-            0, 0, "No", "合成立体声"},
+        {QByteArray("\xFF\xFB\x00\x64", 4), 100000, "MPEG 1.0 Layer 3", 0, 44100, 0, 0, 0, "No",
+            "合成立体声"},
         // Protection bit clear: CRC-protected, Layer I table (index 4 = 128 kbit/s), 48000 Hz, dual channel.
-        HeaderCase{"CrcLayer1", QByteArray("\xFF\xFE\x44\x80", 4), 48000, "MPEG 1.0 Layer 1", 128, 48000, 384,
-            125, 3, "Yes", "双声道"}),
-    [](const ::testing::TestParamInfo<HeaderCase>& param) { return std::string(param.param.name); });
+        {QByteArray("\xFF\xFE\x44\x80", 4), 48000, "MPEG 1.0 Layer 1", 128, 48000, 384, 125, 3, "Yes",
+            "双声道"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.header.toHex().toStdString());
+        const MP3Information mpeg = readBytes(mpegStream(c.header, 0, c.fileSize));
+        EXPECT_EQ(mpeg.header(), QStringLiteral("0"));
+        EXPECT_EQ(mpeg.versionLayer(), QString::fromUtf8(c.versionLayer));
+        EXPECT_EQ(mpeg.bitRate(), c.bitRate);
+        EXPECT_EQ(mpeg.frequency(), c.frequency);
+        EXPECT_EQ(mpeg.frameSize(), c.frameSize);
+        EXPECT_EQ(mpeg.frames(), c.frames);
+        EXPECT_EQ(mpeg.seconds(), c.seconds);
+        EXPECT_EQ(mpeg.crcs(), QString::fromUtf8(c.crcs));
+        EXPECT_EQ(mpeg.mode(), QString::fromUtf8(c.mode));
+        EXPECT_EQ(mpeg.bitStr().size(), 32);
+    }
+}
 
 // Where the header is found and what is read there.
 TEST(MP3Information, HeaderIsTheFirstFfByteWhateverFollows)

@@ -2,6 +2,7 @@
 #include "ResourceBrowserModel.h"
 #include "fakes/FakeShell.h"
 #include "fakes/FakeVolumes.h"
+#include "info/InfoSamples.h"
 #include "info_pe/PeBuilder.h"
 #include "info_resources/ResourceBuilder.h"
 #include "resources/ResourceTexts.h"
@@ -40,15 +41,11 @@ protected:
         pe.add(6, 2, 0x0409, stringTable({{0, QStringLiteral("Sixteen")}}));
         pe.add(5, 100, 0x0409, dialogTemplate(false));
         pe.add(10, 5, 0x0409, QByteArray("0123456789ABCDEFG"));
-        pe.add(16, 1, 0x0804,
-            PeBuilder::versionResource({{QStringLiteral("CompanyName"), QStringLiteral("Vindaro")},
-                {QStringLiteral("FileVersion"), QStringLiteral("2.0")}}));
+        pe.add(
+            16, 1, 0x0804, PeBuilder::versionResource({{"CompanyName", "Vindaro"}, {"FileVersion", "2.0"}}));
         pe.add("AVI", "INTRO", 0x0409, QByteArray("RIFF\x10\0\0\0AVI LIST", 16));
         modulePath = dir.filePath(QStringLiteral("lib.dll"));
-        QFile file(modulePath);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(pe.build());
-        file.close();
+        ASSERT_TRUE(vindaro::testing::writeFile(modulePath, pe.build()));
         window = std::make_unique<frmFileProperty>(volumes, shell);
         window->GetInfor(modulePath);
         browser = window->Pic_EXE_Dll;
@@ -228,10 +225,8 @@ TEST_F(ResourceBrowserTest, ClosingTheWindowWhileAVideoPlaysDeletesItsFile)
 TEST_F(ResourceBrowserTest, OpenAnotherModuleShowsItsFullPath)
 {
     const QString other = dir.filePath(QStringLiteral("other.exe"));
-    QFile file(other);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(PeBuilder().add(4, 1, 0x0409, QByteArray(16, '\0')).build());
-    file.close();
+    ASSERT_TRUE(
+        vindaro::testing::writeFile(other, PeBuilder().add(4, 1, 0x0409, QByteArray(16, '\0')).build()));
     browser->askOpenName = [&](const QString& title, const QString&) {
         EXPECT_EQ(title, QStringLiteral("打开"));
         return other;

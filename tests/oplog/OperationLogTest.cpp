@@ -220,10 +220,4 @@ TEST(LogFile, ViewOfABigFileStartsAtALineInItsTail)
     EXPECT_EQ(readLogFile(path, 0), "0123456789\r\nabcdefghij\r\nABC\r\n");
 }
 
-TEST(LogFile, DefaultPathIsInTheUsersDataFolder)
-{
-    EXPECT_EQ(defaultLogFilePath(),
-        QString::fromLocal8Bit(qgetenv("XDG_DATA_HOME")) + QStringLiteral("/vindaro/OperationNotes.log"));
-}
-
 } // namespace
