@@ -16,4 +16,4 @@ fi
 ninja -C "$build" -j2 search_bench >/dev/null
 tree=$(mktemp -d)
 trap 'rm -rf "$tree"' EXIT INT TERM
-QT_QPA_PLATFORM=offscreen "$build/tests/search/search_bench" "$tree" "$files" "$per" "$runs"
+QT_QPA_PLATFORM=offscreen "$build/bench/search/search_bench" "$tree" "$files" "$per" "$runs"

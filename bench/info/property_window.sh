@@ -12,4 +12,4 @@ fi
 ninja -C "$build" -j2 property_window_bench >/dev/null
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-QT_QPA_PLATFORM=offscreen "$build/tests/info_ui/property_window_bench" "$work" "$resources"
+QT_QPA_PLATFORM=offscreen "$build/bench/info/property_window_bench" "$work" "$resources"

@@ -18,6 +18,6 @@ tree=$(mktemp -d)
 trap 'rm -rf "$tree"' EXIT
 for window in shown hidden; do
   echo "load average: $(cut -d' ' -f1-3 /proc/loadavg)"
-  QT_QPA_PLATFORM=offscreen "$build/tests/oplog/oplog_burst_bench" "$tree" "$files" "$per" "$window" 2>/dev/null
+  QT_QPA_PLATFORM=offscreen "$build/bench/oplog/oplog_burst_bench" "$tree" "$files" "$per" "$window" 2>/dev/null
   echo
 done

@@ -18,6 +18,7 @@
 #include <QtGlobal>
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 namespace vindaro::testing {
@@ -60,14 +61,14 @@ public:
     // Adds one leaf (type, name, language). A second leaf with the same three keys is ignored.
     PeBuilder& add(Id type, Id name, quint16 language, QByteArray bytes, quint32 codePage = 0)
     {
-        m_leaves.push_back({std::move(type), std::move(name), language, std::move(bytes), codePage});
+        m_tree[std::move(type)][std::move(name)].emplace(language, Leaf{std::move(bytes), codePage});
         return *this;
     }
 
     // The whole module.
     QByteArray build() const
     {
-        const QByteArray rsrc = m_leaves.isEmpty() ? QByteArray() : resourceSection();
+        const QByteArray rsrc = m_tree.empty() ? QByteArray() : resourceSection();
         const quint32 rsrcRaw = align(static_cast<quint32>(rsrc.size()), 0x200);
         QByteArray file(static_cast<qsizetype>(kResourceFileOffset + rsrcRaw), '\0');
         put16(file, 0, 0x5A4D); // "MZ"
@@ -126,22 +127,19 @@ public:
     // `kResourceRva`. Directory tables, then data entries, then name strings, then the data (8-aligned).
     QByteArray resourceSection() const
     {
-        const QList<TypeNode> types = tree();
-        quint32 directoryBytes = dirBytes(types.size());
-        int leafCount = 0;
-        for (const TypeNode& type : types) {
-            directoryBytes += dirBytes(type.names.size());
-            for (const NameNode& name : type.names) {
-                directoryBytes += dirBytes(name.leaves.size());
-                leafCount += static_cast<int>(name.leaves.size());
+        quint32 directoryBytes = dirBytes(m_tree.size());
+        quint32 leafCount = 0;
+        for (const auto& [type, names] : m_tree) {
+            directoryBytes += dirBytes(names.size());
+            for (const auto& [name, leaves] : names) {
+                directoryBytes += dirBytes(leaves.size());
+                leafCount += static_cast<quint32>(leaves.size());
             }
         }
-        const quint32 entriesAt = directoryBytes;
-        quint32 stringsAt = entriesAt + 16 * static_cast<quint32>(leafCount);
+        const quint32 stringsAt = directoryBytes + 16 * leafCount;
+        QByteArray section(static_cast<qsizetype>(stringsAt), '\0');
         QByteArray strings;
         QByteArray data;
-        quint32 dataBase = 0; // known once the strings are placed; the data entries are patched then
-        QByteArray section(static_cast<qsizetype>(stringsAt), '\0');
         QList<std::pair<quint32, quint32>> dataEntryFixups; // data entry offset, offset within `data`
 
         auto nameField = [&](const Id& id) -> quint32 {
@@ -152,38 +150,33 @@ public:
             strings.append(reinterpret_cast<const char*>(id.name.utf16()), id.name.size() * 2);
             return 0x80000000u | offset;
         };
-
+        // The next directory, depth first: its header, its entries written by the caller.
         quint32 nextDir = 0;
-        quint32 nextEntry = entriesAt;
-        auto writeDir = [&](quint32 at, int namedCount, int idCount) {
+        auto directory = [&](std::size_t count, std::size_t named) {
+            const quint32 at = nextDir;
+            nextDir += dirBytes(count);
             put32(section, at + 4, 0x3B9ACA00);
-            put16(section, at + 12, static_cast<quint16>(namedCount));
-            put16(section, at + 14, static_cast<quint16>(idCount));
+            put16(section, at + 12, static_cast<quint32>(named));
+            put16(section, at + 14, static_cast<quint32>(count - named));
+            return at;
         };
-        const quint32 root = nextDir;
-        nextDir += dirBytes(types.size());
-        writeDir(root, countNamed(types), static_cast<int>(types.size()) - countNamed(types));
-        for (qsizetype t = 0; t < types.size(); ++t) {
-            const TypeNode& type = types.at(t);
-            const quint32 typeDir = nextDir;
-            nextDir += dirBytes(type.names.size());
-            put32(section, root + 16 + 8 * static_cast<quint32>(t), nameField(type.id));
-            put32(section, root + 20 + 8 * static_cast<quint32>(t), 0x80000000u | typeDir);
-            writeDir(typeDir, countNamed(type.names),
-                static_cast<int>(type.names.size()) - countNamed(type.names));
-            for (qsizetype n = 0; n < type.names.size(); ++n) {
-                const NameNode& name = type.names.at(n);
-                const quint32 nameDir = nextDir;
-                nextDir += dirBytes(name.leaves.size());
-                put32(section, typeDir + 16 + 8 * static_cast<quint32>(n), nameField(name.id));
-                put32(section, typeDir + 20 + 8 * static_cast<quint32>(n), 0x80000000u | nameDir);
-                writeDir(nameDir, 0, static_cast<int>(name.leaves.size()));
-                for (qsizetype l = 0; l < name.leaves.size(); ++l) {
-                    const Leaf& leaf = m_leaves.at(name.leaves.at(l));
-                    put32(section, nameDir + 16 + 8 * static_cast<quint32>(l), leaf.language);
-                    put32(section, nameDir + 20 + 8 * static_cast<quint32>(l), nextEntry);
-                    while (data.size() % 8 != 0)
-                        data += '\0';
+        quint32 nextEntry = directoryBytes;
+        const quint32 root = directory(m_tree.size(), countNamed(m_tree));
+        quint32 t = 0;
+        for (const auto& [type, names] : m_tree) {
+            const quint32 typeDir = directory(names.size(), countNamed(names));
+            put32(section, root + 16 + 8 * t, nameField(type));
+            put32(section, root + 20 + 8 * t++, 0x80000000u | typeDir);
+            quint32 n = 0;
+            for (const auto& [name, leaves] : names) {
+                const quint32 nameDir = directory(leaves.size(), 0);
+                put32(section, typeDir + 16 + 8 * n, nameField(name));
+                put32(section, typeDir + 20 + 8 * n++, 0x80000000u | nameDir);
+                quint32 l = 0;
+                for (const auto& [language, leaf] : leaves) {
+                    put32(section, nameDir + 16 + 8 * l, language);
+                    put32(section, nameDir + 20 + 8 * l++, nextEntry);
+                    data.append((8 - data.size() % 8) % 8, '\0');
                     dataEntryFixups.push_back({nextEntry, static_cast<quint32>(data.size())});
                     put32(section, nextEntry + 4, static_cast<quint32>(leaf.bytes.size()));
                     put32(section, nextEntry + 8, leaf.codePage);
@@ -193,13 +186,11 @@ public:
             }
         }
         section += strings;
-        while (section.size() % 8 != 0)
-            section += '\0';
-        dataBase = static_cast<quint32>(section.size());
+        section.append((8 - section.size() % 8) % 8, '\0');
+        const quint32 dataBase = static_cast<quint32>(section.size());
         for (const auto& [entry, offset] : dataEntryFixups)
             put32(section, entry, kResourceRva + dataBase + offset);
-        section += data;
-        return section;
+        return section + data;
     }
 
     // A version resource (VS_VERSIONINFO) with one string table holding `strings` in the given order and
@@ -261,74 +252,33 @@ public:
     }
 
 private:
+    // Named entries first, by name ignoring case, then integer entries ascending.
+    struct IdLess
+    {
+        bool operator()(const Id& a, const Id& b) const
+        {
+            if (a.isNumber != b.isNumber)
+                return !a.isNumber;
+            if (a.isNumber)
+                return a.number < b.number;
+            const int order = QString::compare(a.name, b.name, Qt::CaseInsensitive);
+            return order != 0 ? order < 0 : a.name < b.name;
+        }
+    };
     struct Leaf
     {
-        Id type;
-        Id name;
-        quint16 language;
         QByteArray bytes;
         quint32 codePage;
     };
-    struct NameNode
-    {
-        Id id;
-        QList<qsizetype> leaves; // indexes into m_leaves, by language
-    };
-    struct TypeNode
-    {
-        Id id;
-        QList<NameNode> names;
-    };
+    using Names = std::map<Id, std::map<quint16, Leaf>, IdLess>; // by name, then language
 
-    static bool sameId(const Id& a, const Id& b)
+    template<typename Map> static std::size_t countNamed(const Map& nodes)
     {
-        return a.isNumber == b.isNumber && (a.isNumber ? a.number == b.number : a.name == b.name);
+        return static_cast<std::size_t>(
+            std::count_if(nodes.begin(), nodes.end(), [](const auto& node) { return !node.first.isNumber; }));
     }
-    static bool idLess(const Id& a, const Id& b)
-    {
-        if (a.isNumber != b.isNumber)
-            return !a.isNumber; // named first
-        if (a.isNumber)
-            return a.number < b.number;
-        return QString::compare(a.name, b.name, Qt::CaseInsensitive) < 0;
-    }
-    template<typename Node> static int countNamed(const QList<Node>& nodes)
-    {
-        return static_cast<int>(
-            std::count_if(nodes.begin(), nodes.end(), [](const Node& n) { return !n.id.isNumber; }));
-    }
-    static quint32 dirBytes(qsizetype entries) { return 16 + 8 * static_cast<quint32>(entries); }
+    static quint32 dirBytes(std::size_t entries) { return 16 + 8 * static_cast<quint32>(entries); }
     static quint32 align(quint32 value, quint32 to) { return (value + to - 1) / to * to; }
-
-    QList<TypeNode> tree() const
-    {
-        QList<TypeNode> types;
-        for (qsizetype i = 0; i < m_leaves.size(); ++i) {
-            const Leaf& leaf = m_leaves.at(i);
-            auto type = std::find_if(
-                types.begin(), types.end(), [&](const TypeNode& t) { return sameId(t.id, leaf.type); });
-            if (type == types.end())
-                type = types.insert(types.end(), TypeNode{leaf.type, {}});
-            auto name = std::find_if(type->names.begin(), type->names.end(),
-                [&](const NameNode& n) { return sameId(n.id, leaf.name); });
-            if (name == type->names.end())
-                name = type->names.insert(type->names.end(), NameNode{leaf.name, {}});
-            const bool seen = std::any_of(name->leaves.begin(), name->leaves.end(),
-                [&](qsizetype other) { return m_leaves.at(other).language == leaf.language; });
-            if (!seen)
-                name->leaves.push_back(i);
-        }
-        auto byId = [](const auto& a, const auto& b) { return idLess(a.id, b.id); };
-        std::stable_sort(types.begin(), types.end(), byId);
-        for (TypeNode& type : types) {
-            std::stable_sort(type.names.begin(), type.names.end(), byId);
-            for (NameNode& name : type.names)
-                std::stable_sort(name.leaves.begin(), name.leaves.end(), [this](qsizetype a, qsizetype b) {
-                    return m_leaves.at(a).language < m_leaves.at(b).language;
-                });
-        }
-        return types;
-    }
 
     static void writeSection(QByteArray& file, quint32 at, const char* name, quint32 virtualSize, quint32 rva,
         quint32 rawSize, quint32 rawOffset, quint32 characteristics)
@@ -364,7 +314,7 @@ private:
     }
 
     bool m_pe32Plus = false;
-    QList<Leaf> m_leaves;
+    std::map<Id, Names, IdLess> m_tree;
 };
 
 } // namespace vindaro::testing

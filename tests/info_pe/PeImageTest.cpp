@@ -1,5 +1,6 @@
 #include "pe/PeImage.h"
 #include "PeBuilder.h"
+#include "info/InfoSamples.h"
 
 #include <QDir>
 #include <QFile>
@@ -255,10 +256,7 @@ TEST(PeImage, FromFileReadsTheSameAsFromBytes)
     ASSERT_TRUE(dir.isValid());
     const QString path = dir.filePath(QStringLiteral("模块.dll"));
     const QByteArray bytes = sampleModule(true).build();
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-    file.close();
+    ASSERT_TRUE(vindaro::testing::writeFile(path, bytes));
 
     const PeImage fromFile = PeImage::fromFile(path);
     const PeImage fromBytes = PeImage::fromBytes(bytes);
@@ -269,7 +267,7 @@ TEST(PeImage, FromFileReadsTheSameAsFromBytes)
         EXPECT_EQ(fromFile.data(entry), fromBytes.data(entry));
 
     // the file shrinks after the tree was read: its resources are gone, nothing else happens
-    ASSERT_TRUE(file.resize(kRsrc));
+    ASSERT_TRUE(QFile::resize(path, kRsrc));
     EXPECT_TRUE(fromFile.data(fromFile.resources().last()).isEmpty());
     EXPECT_FALSE(PeImage::fromFile(dir.filePath(QStringLiteral("missing.dll"))).isValid());
 }

@@ -2,8 +2,10 @@
 #include "ResourceBrowserModel.h"
 #include "fakes/FakeShell.h"
 #include "fakes/FakeVolumes.h"
+#include "info/InfoSamples.h"
 #include "info_pe/PeBuilder.h"
 #include "info_resources/ResourceBuilder.h"
+#include "resources/ResourceTexts.h"
 #include "ui/DialogMockup.h"
 #include "ui/frmFileProperty.h"
 
@@ -24,42 +26,6 @@ using vindaro::testing::PeBuilder;
 
 namespace {
 
-QByteArray iconGroup(quint16 member, qsizetype memberBytes)
-{
-    ResourceBuilder group;
-    group.u16(0).u16(1).u16(1);
-    group.u8(16).u8(16).u8(0).u8(0).u16(1).u16(32).u32(static_cast<quint32>(memberBytes)).u16(member);
-    return group.bytes;
-}
-
-// Table `table` with its strings at the given places (0..15 within the table).
-QByteArray stringTable(const QList<std::pair<int, QString>>& strings)
-{
-    ResourceBuilder b;
-    for (int i = 0; i < 16; ++i) {
-        QString text;
-        for (const auto& [at, value] : strings)
-            if (at == i)
-                text = value;
-        b.u16(static_cast<quint32>(text.size()));
-        for (QChar c : text)
-            b.u16(c.unicode());
-    }
-    return b.bytes;
-}
-
-// A classic dialog template with one push button "OK" at (10, 10), 50 x 14 units, and a caption.
-QByteArray dialogTemplate()
-{
-    ResourceBuilder b;
-    b.u32(0x80C00000 | 0x40).u32(0).u16(1).u16(0).u16(0).u16(120).u16(60); // WS_POPUP|WS_CAPTION|DS_SETFONT
-    b.u16(0).u16(0).sz(QStringLiteral("About")).u16(8).sz(QStringLiteral("MS Shell Dlg"));
-    b.align4();
-    b.u32(0x50010000).u32(0).u16(10).u16(10).u16(50).u16(14).u16(1);
-    b.u16(0xFFFF).u16(0x0080).sz(QStringLiteral("OK")).u16(0);
-    return b.bytes;
-}
-
 class ResourceBrowserTest : public ::testing::Test
 {
 protected:
@@ -70,20 +36,16 @@ protected:
         PeBuilder pe;
         pe.add(3, 1, 0x0409, icon);
         pe.add(3, 2, 0x0409, QByteArray("not an icon"));
-        pe.add(14, 1, 0x0409, iconGroup(1, icon.size()));
+        pe.add(14, 1, 0x0409, iconGroup({{16, icon.size(), 1}}));
         pe.add(6, 1, 0x0409, stringTable({{1, QStringLiteral("One")}, {3, QStringLiteral("Three")}}));
         pe.add(6, 2, 0x0409, stringTable({{0, QStringLiteral("Sixteen")}}));
-        pe.add(5, 100, 0x0409, dialogTemplate());
+        pe.add(5, 100, 0x0409, dialogTemplate(false));
         pe.add(10, 5, 0x0409, QByteArray("0123456789ABCDEFG"));
-        pe.add(16, 1, 0x0804,
-            PeBuilder::versionResource({{QStringLiteral("CompanyName"), QStringLiteral("Vindaro")},
-                {QStringLiteral("FileVersion"), QStringLiteral("2.0")}}));
+        pe.add(
+            16, 1, 0x0804, PeBuilder::versionResource({{"CompanyName", "Vindaro"}, {"FileVersion", "2.0"}}));
         pe.add("AVI", "INTRO", 0x0409, QByteArray("RIFF\x10\0\0\0AVI LIST", 16));
         modulePath = dir.filePath(QStringLiteral("lib.dll"));
-        QFile file(modulePath);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(pe.build());
-        file.close();
+        ASSERT_TRUE(vindaro::testing::writeFile(modulePath, pe.build()));
         window = std::make_unique<frmFileProperty>(volumes, shell);
         window->GetInfor(modulePath);
         browser = window->Pic_EXE_Dll;
@@ -150,23 +112,18 @@ TEST_F(ResourceBrowserTest, IconGroupNodeIsDummyUntilExpandedThenPreviewsTheIcon
     EXPECT_TRUE(lines.contains(QStringLiteral("ResourceName: #1")));
 }
 
-TEST_F(ResourceBrowserTest, SeventeenBytesGiveTwoDumpLinesAndBrokenIconSaysSo)
+TEST_F(ResourceBrowserTest, RawDataShowsItsHeaderAndDumpAndABrokenIconSaysSo)
 {
-    QTreeWidgetItem* data
-        = resourceNode(QStringLiteral("Application-defined resource (raw data)"), QStringLiteral("5"));
-    ASSERT_TRUE(data);
-    browser->chooseNode(data);
-    const QStringList parts = browser->text().split(QString(77, QLatin1Char('-')) + QStringLiteral("\r\n"));
-    ASSERT_EQ(parts.size(), 2);
-    EXPECT_TRUE(parts[0].contains(QStringLiteral("ResourceSize: 17 bytes")));
-    const QStringList dump = parts[1].split(QStringLiteral("\r\n"), Qt::SkipEmptyParts);
-    ASSERT_EQ(dump.size(), 2);
-    EXPECT_EQ(dump[0].size() + 2, 79); // with its CR LF
-    EXPECT_TRUE(dump[1].startsWith(QStringLiteral("00000010 | 47 ")));
-
+    const QByteArray raw("0123456789ABCDEFG");
+    browser->chooseNode(
+        resourceNode(QStringLiteral("Application-defined resource (raw data)"), QStringLiteral("5")));
+    EXPECT_EQ(browser->text(),
+        info::resourceHeaderText(
+            QStringLiteral("Application-defined resource (raw data)"), QStringLiteral("#5"), raw.size())
+            + info::resources::hexDump(raw));
     browser->chooseNode(
         resourceNode(QStringLiteral("Hardware-dependent icon resource"), QStringLiteral("2")));
-    EXPECT_EQ(browser->PicInfor->lines().constLast(), QStringLiteral("Error: Can not load resourse."));
+    EXPECT_EQ(browser->PicInfor->lines().constLast(), QLatin1String(info::kLoadError));
 }
 
 TEST_F(ResourceBrowserTest, TypeSixExportsEveryStringTableAndOtherTypesNeedAName)
@@ -247,8 +204,8 @@ TEST_F(ResourceBrowserTest, DialogIsDrawnAsAMockUpAtItsDialogUnits)
     ASSERT_TRUE(ok);
     EXPECT_EQ(ok->text(), QStringLiteral("OK"));
     EXPECT_EQ(ok->geometry(),
-        QRect(mockup->toPixelsX(10), mockup->toPixelsY(10), mockup->toPixelsX(50), mockup->toPixelsY(14)));
-    EXPECT_GE(mockup->width(), mockup->toPixelsX(120));
+        QRect(mockup->toPixelsX(140), mockup->toPixelsY(80), mockup->toPixelsX(50), mockup->toPixelsY(14)));
+    EXPECT_GE(mockup->width(), mockup->toPixelsX(200));
 
     browser->chooseNode(browser->rootNode()); // choosing another node destroys it
     EXPECT_FALSE(browser->PicInfor->findChild<info::ui::DialogMockup*>());
@@ -268,10 +225,8 @@ TEST_F(ResourceBrowserTest, ClosingTheWindowWhileAVideoPlaysDeletesItsFile)
 TEST_F(ResourceBrowserTest, OpenAnotherModuleShowsItsFullPath)
 {
     const QString other = dir.filePath(QStringLiteral("other.exe"));
-    QFile file(other);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(PeBuilder().add(4, 1, 0x0409, QByteArray(16, '\0')).build());
-    file.close();
+    ASSERT_TRUE(
+        vindaro::testing::writeFile(other, PeBuilder().add(4, 1, 0x0409, QByteArray(16, '\0')).build()));
     browser->askOpenName = [&](const QString& title, const QString&) {
         EXPECT_EQ(title, QStringLiteral("打开"));
         return other;

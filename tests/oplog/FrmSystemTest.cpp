@@ -1,6 +1,7 @@
 #include "oplog/ui/frmSystem.h"
 #include "chrome/ToolTips.h"
 #include "fakes/FakeChangeMonitor.h"
+#include "oplog/LogFile.h"
 #include "oplog/LogTexts.h"
 #include "oplog/ui/CaptionButton.h"
 
@@ -98,10 +99,7 @@ TEST(FrmSystem, ButtonsActOnTheFileAndTheRunningText)
         ASSERT_NE(chrome::ToolTips::of(button), nullptr);
         EXPECT_EQ(chrome::ToolTips::of(button)->text(), entry.tip);
     }
-    QFile file(w.path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("[1] a\r\n[2] b\r\n[3] c\r\n");
-    file.close();
+    ASSERT_TRUE(oplog::appendToLogFile(w.path, QStringLiteral("[1] a\r\n[2] b\r\n[3] c\r\n")));
 
     w.click("picView");
     EXPECT_TRUE(w.text("lText")->isVisible());

@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -41,9 +42,11 @@ void touch(const QString& path)
     file.write("x");
 }
 
-// A real monitor on a temporary folder, with the changes it delivered collected in order.
+// A real monitor on a temporary folder "root", with the changes it delivered collected in order. `setUp`
+// makes what must exist before the monitor starts and sets its options.
 struct Watched
 {
+    using SetUp = std::function<void(InotifyMonitorOptions&, const QString& root)>;
     QTemporaryDir dir;
     QString root = QDir(dir.path()).filePath(QStringLiteral("root"));
     oplog::ChangeQueue queue;
@@ -51,14 +54,15 @@ struct Watched
     QList<ChangeEvent> seen;
     QStringList notes;
 
-    explicit Watched(InotifyMonitorOptions options = {}, bool mkRoot = true)
+    explicit Watched(const SetUp& setUp = {}, qsizetype capacity = oplog::ChangeQueue::kDefaultCapacity)
+        : queue(capacity)
     {
-        if (mkRoot)
-            QDir().mkpath(root);
-        if (options.roots.isEmpty())
-            options.roots = {root};
-        if (options.mountInfoPath == QLatin1String("/proc/self/mountinfo"))
-            options.mountInfoPath.clear(); // the machine's mounts are not this test's business
+        QDir().mkpath(root);
+        InotifyMonitorOptions options;
+        options.roots = {root};
+        options.mountInfoPath.clear(); // the machine's mounts are not this test's business
+        if (setUp)
+            setUp(options, root);
         monitor = std::make_unique<InotifyChangeMonitor>(options);
         EXPECT_TRUE(monitor->start(queue));
         EXPECT_TRUE(QTest::qWaitFor([this] { return monitor->isReady(); }, kWaitMs));
@@ -174,35 +178,29 @@ TEST(InotifyChangeMonitor, MovesAcrossTheWatchedBoundary)
 // Past the watch limit the sink hears of it once, and the folders already watched are still followed.
 TEST(InotifyChangeMonitor, WatchLimitIsSaidOnceAndWatchingGoesOn)
 {
-    QTemporaryDir dir;
-    const QString root = dir.filePath(QStringLiteral("root"));
-    for (const char* sub : {"s1", "s2", "s3", "s4"})
-        QDir().mkpath(root + QLatin1Char('/') + QLatin1String(sub));
-    InotifyMonitorOptions options;
-    options.roots = {root};
-    options.maxWatches = 3;
-    Watched w(options, false);
+    Watched w([](InotifyMonitorOptions& options, const QString& root) {
+        for (const char* sub : {"s1", "s2", "s3", "s4"})
+            QDir().mkpath(root + QLatin1Char('/') + QLatin1String(sub));
+        options.maxWatches = 3;
+    });
     EXPECT_EQ(w.monitor->watchedFolders(), 3);
-    ASSERT_TRUE(QDir().mkdir(root + QStringLiteral("/s5")));
-    makeFile(root + QStringLiteral("/root.dat"));
-    ASSERT_TRUE(w.waitFor(event(oplog::kCreate, root + QStringLiteral("/root.dat")))) << describe(w.seen);
-    EXPECT_TRUE(w.seen.contains(event(oplog::kMakeDirectory, root + QStringLiteral("/s5"))));
+    ASSERT_TRUE(QDir().mkdir(w.at("s5")));
+    makeFile(w.at("root.dat"));
+    ASSERT_TRUE(w.waitFor(event(oplog::kCreate, w.at("root.dat")))) << describe(w.seen);
+    EXPECT_TRUE(w.seen.contains(event(oplog::kMakeDirectory, w.at("s5"))));
     EXPECT_EQ(w.notes.size(), 1);
 }
 
 // A skipped folder (the cache by default) is not followed.
 TEST(InotifyChangeMonitor, SkippedFolderIsNotFollowed)
 {
-    QTemporaryDir dir;
-    const QString root = dir.filePath(QStringLiteral("root"));
-    QDir().mkpath(root + QStringLiteral("/.cache/thumbs"));
-    InotifyMonitorOptions options;
-    options.roots = {root};
-    options.skipped = {root + QStringLiteral("/.cache")};
-    Watched w(options, false);
-    makeFile(root + QStringLiteral("/.cache/thumbs/t.png"));
-    makeFile(root + QStringLiteral("/after.dat"));
-    ASSERT_TRUE(w.waitFor(event(oplog::kUpdateItem, root + QStringLiteral("/after.dat"))));
+    Watched w([](InotifyMonitorOptions& options, const QString& root) {
+        QDir().mkpath(root + QStringLiteral("/.cache/thumbs"));
+        options.skipped = {root + QStringLiteral("/.cache")};
+    });
+    makeFile(w.at(".cache/thumbs/t.png"));
+    makeFile(w.at("after.dat"));
+    ASSERT_TRUE(w.waitFor(event(oplog::kUpdateItem, w.at("after.dat"))));
     for (const ChangeEvent& c : w.seen)
         EXPECT_FALSE(c.path1.contains(QStringLiteral(".cache"))) << describe(w.seen);
 }
@@ -212,27 +210,23 @@ TEST(InotifyChangeMonitor, SkippedFolderIsNotFollowed)
 TEST(InotifyChangeMonitor, BurstBeyondTheQueueIsSummedUp)
 {
     constexpr int kFiles = 2000;
-    QTemporaryDir dir;
-    const QString root = dir.filePath(QStringLiteral("root"));
-    QDir().mkpath(root + QStringLiteral("/burst"));
+    const auto file = [](const QString& root, int i) { return root + QStringLiteral("/burst/%1").arg(i); };
+    Watched w(
+        [&](InotifyMonitorOptions&, const QString& root) {
+            QDir().mkpath(root + QStringLiteral("/burst"));
+            for (int i = 0; i < kFiles; ++i)
+                makeFile(file(root, i));
+        },
+        100);
     for (int i = 0; i < kFiles; ++i)
-        makeFile(root + QStringLiteral("/burst/%1").arg(i));
-    oplog::ChangeQueue queue(100);
-    InotifyMonitorOptions options;
-    options.roots = {root};
-    options.mountInfoPath.clear();
-    InotifyChangeMonitor monitor(options);
-    ASSERT_TRUE(monitor.start(queue));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return monitor.isReady(); }, kWaitMs));
-    for (int i = 0; i < kFiles; ++i)
-        ASSERT_EQ(::unlink(QFile::encodeName(root + QStringLiteral("/burst/%1").arg(i)).constData()), 0);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return queue.summedUp() == kFiles - 100; }, kWaitMs))
-        << queue.summedUp();
-    monitor.stop();
-    const QList<oplog::QueuedChange> taken = queue.take(kFiles);
+        ASSERT_EQ(::unlink(QFile::encodeName(file(w.root, i)).constData()), 0);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return w.queue.summedUp() == kFiles - 100; }, kWaitMs))
+        << w.queue.summedUp();
+    w.monitor->stop();
+    const QList<oplog::QueuedChange> taken = w.queue.take(kFiles);
     ASSERT_EQ(taken.size(), 101);
-    EXPECT_EQ(taken.first().change, event(oplog::kDelete, root + QStringLiteral("/burst/0")));
-    EXPECT_EQ(taken.last().change, event(oplog::kUpdateDirectory, root + QStringLiteral("/burst")));
+    EXPECT_EQ(taken.first().change, event(oplog::kDelete, file(w.root, 0)));
+    EXPECT_EQ(taken.last().change, event(oplog::kUpdateDirectory, w.at("burst")));
 }
 
 // The mount table: a volume that appears is a medium inserted (removable) or a drive added, one that goes
@@ -241,46 +235,37 @@ TEST(InotifyChangeMonitor, BurstBeyondTheQueueIsSummedUp)
 TEST(InotifyChangeMonitor, MountTableGivesMediaAndDrives)
 {
     QTemporaryDir dir;
-    const QString sys = dir.filePath(QStringLiteral("sys"));
-    QDir().mkpath(sys + QStringLiteral("/block/sdz/sdz1"));
-    QDir().mkpath(sys + QStringLiteral("/block/sda"));
-    {
-        QFile removable(sys + QStringLiteral("/block/sdz/removable"));
-        ASSERT_TRUE(removable.open(QIODevice::WriteOnly));
-        removable.write("1\n");
-        QFile fixed(sys + QStringLiteral("/block/sda/removable"));
-        ASSERT_TRUE(fixed.open(QIODevice::WriteOnly));
-        fixed.write("0\n");
-    }
+    const auto write = [](const QString& path, const QByteArray& text) {
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(text);
+    };
+    write(dir.filePath(QStringLiteral("sys/block/sdz/removable")), "1\n");
+    write(dir.filePath(QStringLiteral("sys/block/sda/removable")), "0\n");
+    QDir().mkpath(dir.filePath(QStringLiteral("sys/block/sdz/sdz1")));
     const QString stick = dir.filePath(QStringLiteral("stick"));
     const QString data = dir.filePath(QStringLiteral("data"));
     QDir().mkpath(stick);
     QDir().mkpath(data);
     const QString table = dir.filePath(QStringLiteral("mounts/mountinfo"));
-    QDir().mkpath(dir.filePath(QStringLiteral("mounts")));
     const QByteArray rootLine = "1 0 8:1 / / rw - ext4 /dev/sda1 rw\n";
-    const auto writeTable = [&](const QByteArray& text) {
-        QFile file(table);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(text);
-    };
-    writeTable(rootLine);
-
-    InotifyMonitorOptions options;
-    options.roots = {dir.filePath(QStringLiteral("root"))};
-    options.mountInfoPath = table;
-    options.sysRoot = sys;
-    options.devRoot = dir.filePath(QStringLiteral("dev"));
-    Watched w(options);
+    write(table, rootLine);
+    Watched w([&](InotifyMonitorOptions& options, const QString&) {
+        options.mountInfoPath = table;
+        options.sysRoot = dir.filePath(QStringLiteral("sys"));
+        options.devRoot = dir.filePath(QStringLiteral("dev"));
+    });
 
     const QByteArray stickLine = "40 1 8:17 / " + QFile::encodeName(stick) + " rw - vfat /dev/sdz1 rw\n";
-    writeTable(rootLine + stickLine + "41 1 8:3 / " + QFile::encodeName(data) + " rw - ext4 /dev/sda3 rw\n");
+    write(
+        table, rootLine + stickLine + "41 1 8:3 / " + QFile::encodeName(data) + " rw - ext4 /dev/sda3 rw\n");
     ASSERT_TRUE(w.waitFor(event(oplog::kDriveAdded, data))) << describe(w.seen);
     EXPECT_TRUE(w.seen.contains(event(oplog::kMediaInserted, stick))) << describe(w.seen);
     makeFile(stick + QStringLiteral("/photo.jpg"));
     ASSERT_TRUE(w.waitFor(event(oplog::kCreate, stick + QStringLiteral("/photo.jpg")))) << describe(w.seen);
 
-    writeTable(rootLine);
+    write(table, rootLine);
     ASSERT_TRUE(w.waitFor(event(oplog::kMediaRemoved, stick))) << describe(w.seen);
     ASSERT_TRUE(w.waitFor(event(oplog::kDriveRemoved, data))) << describe(w.seen);
 }

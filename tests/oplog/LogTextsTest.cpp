@@ -1,4 +1,8 @@
+// Every text of the operation log, checked once against a golden file; the other tests compare with these
+// functions and constants instead of restating the words. After a deliberate change of a text, run with
+// VINDARO_UPDATE_GOLDEN=1 to write the file anew and review its diff.
 #include "oplog/LogTexts.h"
+#include "info/GoldenText.h"
 #include "oplog/ChangeMonitor.h"
 
 #include <gtest/gtest.h>
@@ -7,83 +11,30 @@ using namespace vindaro::oplog;
 
 namespace {
 
-struct DescriptionRow
+#define CODE(code) std::pair<const char*, quint32>(#code, code)
+
+TEST(LogTexts, EveryTextIsTheGoldenOne)
 {
-    quint32 code;
-    const char* expected;
-};
-
-// Every description of the change table, with "/p1" and "/p2" as the two paths.
-const DescriptionRow kDescriptions[] = {
-    {kRenameItem, "重命名文件 “/p1”为“/p2”"},
-    {kCreate, "创建文件：“/p1”"},
-    {kDelete, "删除文件：“/p1”"},
-    {kMakeDirectory, "新建文件夹：“/p1”"},
-    {kRemoveDirectory, "删除文件夹：“/p1”"},
-    {kMediaInserted, "/p1中插入可移动存储介质"},
-    {kMediaRemoved, "/p1中移去可移动存储介质"},
-    {kDriveRemoved, "移去驱动器：/p1"},
-    {kDriveAdded, "添加驱动器：/p1"},
-    {kNetShare, "改变文件夹 “/p1”的共享属性"},
-    {kNetUnshare, "SHCNE_NETUNSHARE"},
-    {kAttributes, "SHCNE_ATTRIBUTES"},
-    {kUpdateDirectory, "更新文件夹 “/p1”"},
-    {kUpdateItem, "更新文件：“/p1”"},
-    {kServerDisconnect, "断开与服务器的连接“/p1”“/p2”"},
-    {kUpdateImage, "SHCNE_UPDATEIMAGE"},
-    {kDriveAddedGui, "SHCNE_DRIVEADDGUI"},
-    {kRenameFolder, "重命名文件夹“/p1”为“/p2”"},
-    {kFreeSpace, "磁盘空间大小改变"},
-    {kAssociationChanged, "改变文件关联"},
-    {kDiskEventsMask, "SHCNE_DISKEVENTS"},
-    {kGlobalEventsMask, "SHCNE_GLOBALEVENTS"},
-    {kAllEventsMask, "SHCNE_ALLEVENTS"},
-    {kInterruptFlag, "SHCNE_INTERRUPT"},
-    // Codes outside the table, among them an event with the interrupt flag: compared whole, no match.
-    {0x0, ""},
-    {0x3, ""},
-    {kCreate | kInterruptFlag, ""},
-    {0x80000, ""},
-};
-
-void PrintTo(const DescriptionRow& row, std::ostream* out)
-{
-    *out << "0x" << std::hex << row.code;
-}
-
-class ChangeDescription : public ::testing::TestWithParam<DescriptionRow>
-{
-};
-
-TEST_P(ChangeDescription, FollowsTheTable)
-{
-    const DescriptionRow row = GetParam();
-    EXPECT_EQ(
-        describeChange(row.code, QStringLiteral("/p1"), QStringLiteral("/p2")).toStdString(), row.expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(AllCodes, ChangeDescription, ::testing::ValuesIn(kDescriptions));
-
-TEST(LogTexts, ButtonsCarryTheirCaptionsAndTips)
-{
-    const QList<LogButtonText> buttons = logButtonTexts();
-    ASSERT_EQ(buttons.size(), 4);
-    const char* const expected[][3]
-        = {{"picView", "查看记录", "查看最近的日志记录"}, {"picClear", "清除记录", "清除最近的日志记录"},
-            {"picDelete", "清空记录", "清空当前的日志记录"}, {"picExit", "退出", "退出"}};
-    for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(buttons[i].control.toStdString(), expected[i][0]);
-        EXPECT_EQ(buttons[i].caption.toStdString(), expected[i][1]);
-        EXPECT_EQ(buttons[i].tip.toStdString(), expected[i][2]);
-    }
-    EXPECT_EQ(kLogWindowTitle.toStdString(), "文件/文件夹操作日志记录");
-    EXPECT_EQ(kLogWindowDescription.toStdString(),
-        "文件/"
-        "文件夹操作日志窗口。其主要记录你在复制文件过程中遇到的错误和其他一些异常情况，同时也记录你在资源管理"
-        "器中"
-        "对文件或文件夹进行的一系列操作，如：新建、删除、重命名文件或文件夹；改变文件的关联；插入或取出光驱中"
-        "的光盘；"
-        "添加或删除网络共享等。");
+    vindaro::testing::GoldenText golden;
+    // Every code of the table with "/p1" and "/p2" as its paths, then codes outside it (among them an event
+    // with the interrupt flag: codes are compared whole), which get no description.
+    for (const auto& [name, code] : {CODE(kRenameItem), CODE(kCreate), CODE(kDelete), CODE(kMakeDirectory),
+             CODE(kRemoveDirectory), CODE(kMediaInserted), CODE(kMediaRemoved), CODE(kDriveRemoved),
+             CODE(kDriveAdded), CODE(kNetShare), CODE(kNetUnshare), CODE(kAttributes), CODE(kUpdateDirectory),
+             CODE(kUpdateItem), CODE(kServerDisconnect), CODE(kUpdateImage), CODE(kDriveAddedGui),
+             CODE(kRenameFolder), CODE(kFreeSpace), CODE(kAssociationChanged), CODE(kDiskEventsMask),
+             CODE(kGlobalEventsMask), CODE(kAllEventsMask), CODE(kInterruptFlag), CODE(0x0), CODE(0x3),
+             CODE(kCreate | kInterruptFlag), CODE(0x80000)})
+        golden.add(
+            QString::fromLatin1(name), describeChange(code, QStringLiteral("/p1"), QStringLiteral("/p2")));
+    for (const LogButtonText& button : logButtonTexts())
+        golden.add(button.control, button.caption + QLatin1Char('|') + button.tip);
+    golden.add(QStringLiteral("title"), kLogWindowTitle);
+    golden.add(QStringLiteral("description"), kLogWindowDescription);
+    golden.add(QStringLiteral("no records"), kNoLogRecords);
+    golden.add(QStringLiteral("no monitor"), kMonitorUnavailable);
+    golden.add(QStringLiteral("watch limit"), watchLimitNote(QStringLiteral("/home/u/deep")));
+    golden.check(QStringLiteral(VINDARO_GOLDEN_DIR "/log_texts.txt"));
 }
 
 } // namespace

@@ -62,7 +62,7 @@ TEST_F(FileSearchTest, FindsInWalkOrderThenCountsAndRefreshes)
     EXPECT_EQ(results.items, expected);
     EXPECT_EQ(results.calls.first(), QStringLiteral("reset"));
     EXPECT_EQ(results.calls.last(), QStringLiteral("refresh"));
-    EXPECT_EQ(search.statusText(), QStringLiteral("找到 4 个文件"));
+    EXPECT_EQ(search.statusText(), foundCountText(4));
     ASSERT_EQ(searching.size(), 2);
     EXPECT_TRUE(searching.at(0).first().toBool());
     EXPECT_FALSE(searching.at(1).first().toBool());
@@ -82,9 +82,9 @@ TEST_F(FileSearchTest, NothingFoundLeavesAnEmptyListThatSaysSo)
         EXPECT_TRUE(results.items.isEmpty());
         EXPECT_EQ(results.calls,
             (QStringList{QStringLiteral("reset"), QStringLiteral("reset"),
-                QStringLiteral("text 没有找到所需要的文件")}));
+                QStringLiteral("text ") + kNothingFoundText}));
         EXPECT_EQ(results.editText, kNothingFoundText);
-        EXPECT_EQ(search.statusText(), QStringLiteral("找到 0 个文件"));
+        EXPECT_EQ(search.statusText(), foundCountText(0));
     }
 }
 

@@ -1,8 +1,5 @@
 #include "files/FolderWalker.h"
-
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
+#include "SearchFakes.h"
 
 #include <sys/stat.h>
 
@@ -27,18 +24,12 @@ struct Collect final : WalkSink
 class FolderWalkerTest : public ::testing::Test
 {
 protected:
-    QTemporaryDir dir;
+    vindaro::testing::SearchTree tree;
+    const QTemporaryDir& dir = tree.dir;
     std::atomic<bool> stop{false};
 
-    QString root() const { return dir.path() + u'/'; }
-    void file(const QString& relative, qint64 size = 0)
-    {
-        const QString path = dir.filePath(relative);
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        QFile f(path);
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.resize(size);
-    }
+    QString root() const { return tree.root(); }
+    void file(const QString& relative, qint64 size = 0) { tree.file(relative, size); }
     QStringList walk(FolderWalker::Options options, const QString& from = {})
     {
         FolderWalker walker(std::move(options), stop);

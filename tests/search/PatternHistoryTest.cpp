@@ -71,10 +71,4 @@ TEST_F(PatternHistoryTest, StoresTheFirstTenAndNothingForAnEmptyList)
     EXPECT_EQ(ProfileFile::readString(path, PatternHistory::kSection, QStringLiteral("10TYPE")), QString());
 }
 
-TEST_F(PatternHistoryTest, ALongPatternComesBackCut)
-{
-    ASSERT_TRUE(PatternHistory::save(path, {QString(300, u'p')}));
-    EXPECT_EQ(PatternHistory::load(path), QStringList{QString(254, u'p')});
-}
-
 } // namespace

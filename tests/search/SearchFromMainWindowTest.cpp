@@ -38,7 +38,7 @@ TEST(SearchFromMainWindow, PicSearchOpensOneWindowWhoseResultsFillTheList)
     window->cmdFileSearch->click();
     ASSERT_TRUE(finished.wait(vindaro::testing::kWaitMs));
     EXPECT_TRUE(rig.frm.fileList().model().entries().isEmpty());
-    EXPECT_EQ(rig.combo()->currentText(), QStringLiteral("没有找到所需要的文件"));
+    EXPECT_EQ(rig.combo()->currentText(), search::kNothingFoundText);
 
     window->close(); // deleted on close; a click opens a new one
     QTRY_VERIFY_WITH_TIMEOUT(

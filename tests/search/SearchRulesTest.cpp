@@ -60,13 +60,6 @@ TEST(SearchRules, ScopeGetsAClosingSlashAndTildeIsHome)
     EXPECT_EQ(scopeFolder(QStringLiteral("/data/~/x")), QStringLiteral("/data/~/x/"));
 }
 
-TEST(SearchRules, ExactNameModeIsAPatternWithoutAStar)
-{
-    EXPECT_TRUE(isExactName(QStringLiteral("avseq01.dat")));
-    EXPECT_FALSE(isExactName(QStringLiteral("*.dat")));
-    EXPECT_FALSE(isExactName(QStringLiteral("abc*")));
-}
-
 TEST(SearchRules, SizeClassBoundsAreInclusive)
 {
     struct Row

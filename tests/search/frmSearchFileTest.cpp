@@ -5,6 +5,7 @@
 #include "chrome/ToolTips.h"
 #include "fakes/FakeShell.h"
 #include "fakes/FakeVolumes.h"
+#include "info/GoldenText.h"
 #include "search/FileSearch.h"
 #include "search/PatternHistory.h"
 #include "search/ProfileFile.h"
@@ -46,41 +47,33 @@ protected:
     }
 };
 
-TEST_F(SearchWindowTest, CaptionsTipsAndStartingStates)
+// Every text of the search, checked once against a golden file: the captions and balloon tips of the
+// window's named controls, the chooser's title and the status texts. After a deliberate change of a text,
+// run with VINDARO_UPDATE_GOLDEN=1 to write the file anew and review its diff.
+TEST_F(SearchWindowTest, EveryTextIsTheGoldenOne)
 {
     open();
-    struct Caption
-    {
-        const char* control;
-        const char* text;
-    };
-    const Caption captions[] = {{"lblTitle1", "输入要搜索的文件：[例如 *.DAT]"},
-        {"lblTitle2", "选择文件搜索范围："}, {"cmdFileBrower", "浏 览[&B]..."},
-        {"cmdFileSearch", "立即搜索[&I]"}, {"cmdFileStopSearch", "停止搜索[&P]"}, {"cmdExit", "确 定[&O]   "},
-        {"chkSubFolder", "包含子文件夹[&S]"}, {"chkSearchFileSize_1", "1KB到10M之间[&K]"},
-        {"chkSearchFileSize_2", "10M-100M之间[&M]"}, {"chkSearchFileSize_3", "1OOM到1G之间[&G]"},
-        {"chkReadOnlyFile", "搜索只读文件[&R]"}, {"chkHideFile", "搜索隐藏文件[&H]"},
-        {"chkArchiveFile", "搜索存档文件[&A]"}, {"chkSystemFile", "搜索系统文件[&T]"},
-        {"chkCompressFile", "搜索压缩文件[&C]"},
-        {"lblTitle",
-            "该文件搜索对话框允许你在硬盘、网上邻居上搜索所有你需要的文件，并在Vindaro程序的组合列表框中显示"
-            "出来，"
-            "此时你可以根据需要进行添加、清除、复制、移动、删除、重命名文件等操作。"}};
-    for (const Caption& c : captions) {
-        QWidget* control = window->findChild<QWidget*>(QLatin1String(c.control));
-        ASSERT_TRUE(control) << c.control;
+    vindaro::testing::GoldenText golden;
+    golden.add(QStringLiteral("window"), window->windowTitle());
+    for (const QWidget* control : window->findChildren<QWidget*>()) {
         const QString text = control->property("text").toString();
-        EXPECT_EQ(text, QString::fromUtf8(c.text)) << c.control;
+        if (!text.isEmpty() && !control->objectName().isEmpty())
+            golden.add(control->objectName(), text);
+        if (const chrome::ToolTips* tip = chrome::ToolTips::of(control))
+            golden.add(control->objectName() + QStringLiteral(" tip"), tip->text());
     }
-    const Caption tips[] = {{"cmdFileBrower", "浏览目录以选择文件搜索范围"}, {"cmdFileSearch", "立即搜索"},
-        {"cmdFileStopSearch", "停止搜索"}, {"cmdExit", "确定退出"}};
-    for (const Caption& c : tips) {
-        const chrome::ToolTips* tip
-            = chrome::ToolTips::of(window->findChild<QWidget*>(QLatin1String(c.control)));
-        ASSERT_TRUE(tip) << c.control;
-        EXPECT_EQ(tip->text(), QString::fromUtf8(c.text));
-    }
-    // Sub-folders on; every size and attribute box off.
+    window->cmdFileBrower->click();
+    golden.add(QStringLiteral("chooser"), shell.lastChooserTitle);
+    golden.add(QStringLiteral("empty input"), search::kEmptyInputText);
+    golden.add(QStringLiteral("nothing found"), search::kNothingFoundText);
+    golden.add(QStringLiteral("found"), search::foundCountText(4));
+    golden.check(QStringLiteral(VINDARO_GOLDEN_DIR "/search_texts.txt"));
+}
+
+// Sub-folders on; every size and attribute box off.
+TEST_F(SearchWindowTest, StartingStates)
+{
+    open();
     const search::SearchOptions options = window->searchOptions();
     EXPECT_TRUE(options.includeSubfolders);
     EXPECT_FALSE(search::sizeClassOf(options));
@@ -113,7 +106,7 @@ TEST_F(SearchWindowTest, EnterInThePatternBoxSearchesAndAddsThePattern)
     ASSERT_TRUE(finished.wait(10'000));
     EXPECT_EQ(results.items, QStringList{found});
     EXPECT_EQ(window->patternList(), QStringList{QStringLiteral("*.dat")});
-    EXPECT_EQ(window->lblFilePath->text(), QStringLiteral("找到 1 个文件"));
+    EXPECT_EQ(window->lblFilePath->text(), search::foundCountText(1));
 }
 
 TEST_F(SearchWindowTest, PressingOneSizeBoxClearsTheOthers)
@@ -143,7 +136,7 @@ TEST_F(SearchWindowTest, ASearchDisablesSearchAndBrowseUntilItStopsAndCannotBeCl
     window->cmdFileStopSearch->click();
     EXPECT_TRUE(window->cmdFileSearch->isEnabled());
     EXPECT_TRUE(window->cmdFileBrower->isEnabled());
-    EXPECT_TRUE(window->lblFilePath->text().startsWith(QStringLiteral("找到 ")));
+    EXPECT_EQ(window->lblFilePath->text(), window->search().statusText());
     window->cmdExit->click();
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(stored(0), QStringLiteral("*.dat")); // closing stored the history
@@ -154,7 +147,6 @@ TEST_F(SearchWindowTest, BrowsingSetsTheScopeUnlessCancelled)
     open();
     window->cmbFileSearchWide->setEditText(QStringLiteral("/before/"));
     window->cmdFileBrower->click();
-    EXPECT_EQ(shell.lastChooserTitle, QStringLiteral("选择文件搜索范围"));
     EXPECT_EQ(window->cmbFileSearchWide->currentText(), QStringLiteral("/before/"));
     shell.chosenFolder = QStringLiteral("/media/cdrom");
     window->cmdFileBrower->click();
