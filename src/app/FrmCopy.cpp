@@ -9,10 +9,14 @@
 #include "chrome/TitleBars.h"
 #include "chrome/ToolTips.h"
 #include "chrome/TrayController.h"
+#include "copy/CopyText.h"
 #include "copy/ProgressFigures.h"
+#include "copy/RescueMessages.h"
 #include "copy/ThreadedCopyHost.h"
+#include "copy/ui/DamageReportDialog.h"
 #include "copy/ui/FrmCopyAllFiles.h"
 #include "copy/ui/ProgressBar.h"
+#include "copy/ui/RescueMapView.h"
 #include "drives/CdDrivePopup.h"
 #include "drives/TrayJob.h"
 #include "files/FileSystem.h"
@@ -26,12 +30,15 @@
 #include "oplog/ui/frmSystem.h"
 #include "search/FileListResults.h"
 #include "search/ui/frmSearchFile.h"
+#include "sysinfo/ProgramInfo.h"
 #include "sysinfo/SplashPage.h"
 #include "sysinfo/ui/ProgramIcon.h"
 #include "sysinfo/ui/frmSplash.h"
 
+#include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDateTime>
 #include <QFileDialog>
 #include <QFrame>
 #include <QGridLayout>
@@ -42,6 +49,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSlider>
+#include <QSpinBox>
 #include <QStatusBar>
 #include <QTime>
 #include <QTimer>
@@ -144,11 +152,11 @@ FrmCopy::FrmCopy(const FrmCopyServices& services, QWidget* parent)
     if (!m_services.opticalDrives)
         m_services.opticalDrives = drives::makeSystemOpticalDrives();
 
-    m_controller
-        = new copy::CopyController(copy::CopyController::Services{m_services.files, m_services.resumeStore,
-                                       m_services.drives, static_cast<copy::CopyPrompts&>(*this),
-                                       [this](const QString& entry) { log(entry); }, m_services.clockSecond},
-            this);
+    m_controller = new copy::CopyController(
+        copy::CopyController::Services{m_services.files, m_services.resumeStore, m_services.drives,
+            static_cast<copy::CopyPrompts&>(*this), [this](const QString& entry) { log(entry); },
+            m_services.clockSecond, m_services.maps},
+        this);
 
     m_fileList
         = new files::FileListController(*m_fileSystem, *m_services.prompter, *m_services.listDialogs, this);
@@ -187,6 +195,14 @@ FrmCopy::FrmCopy(const FrmCopyServices& services, QWidget* parent)
         &copy::ProgressBar::setProgress);
     connect(m_controller, &copy::CopyController::barCleared, m_picProgressBar, &copy::ProgressBar::clear);
     connect(m_controller, &copy::CopyController::jobFinished, this, &FrmCopy::copyJobFinished);
+    connect(m_controller, &copy::CopyController::mapChanged, m_picRescueMap, &copy::RescueMapView::setMap);
+    connect(m_controller, &copy::CopyController::refineFiguresChanged, m_lblRefine, &QLabel::setText);
+    connect(m_controller, &copy::CopyController::damageReportReady, this, &FrmCopy::showDamageReport);
+    connect(m_chkAutoRefine, &QCheckBox::toggled, m_controller, &copy::CopyController::setAutoRefine);
+    connect(
+        m_spnRefineMinutes, &QSpinBox::valueChanged, m_controller, &copy::CopyController::setRefineMinutes);
+    connect(m_cmdExportMap, &QPushButton::clicked, this, &FrmCopy::exportMap);
+    connect(m_cmdImportMap, &QPushButton::clicked, this, &FrmCopy::importMap);
 
     connectFileList();
     connectChrome();
@@ -261,7 +277,13 @@ void FrmCopy::buildWindow()
     copyGrid->addWidget(m_lblFilesInfo, 2, 1, 1, 3);
 
     m_picProgressBar = named(new copy::ProgressBar, "picProgressBar");
-    copyGrid->addWidget(m_picProgressBar, 3, 0, 1, 4);
+    m_picRescueMap = new copy::RescueMapView;
+    m_picRescueMap->setVisible(m_services.maps != nullptr);
+    auto* bars = new QVBoxLayout;
+    bars->setSpacing(2);
+    bars->addWidget(m_picProgressBar);
+    bars->addWidget(m_picRescueMap);
+    copyGrid->addLayout(bars, 3, 0, 1, 4);
 
     m_lblYiFuZhi = named(new QLabel, "lblYiFuZhi");
     m_lblZongJiHaoShi = named(new QLabel, "lblZongJiHaoShi");
@@ -278,6 +300,8 @@ void FrmCopy::buildWindow()
     copyGrid->addWidget(m_lblGuJiXiaoHao, 5, 3);
     copyGrid->addWidget(titleLabel(QStringLiteral("存取速度："), "lblShuJuLiuLiangTitle"), 6, 0);
     copyGrid->addWidget(m_lblShuJuLiuLiang, 6, 1);
+    m_lblRefine = named(new QLabel, "lblRefine");
+    copyGrid->addWidget(m_lblRefine, 6, 2, 1, 2);
 
     auto* commands = new QHBoxLayout;
     m_optOpenCD = named(new QRadioButton(QStringLiteral("弹出 CD_ROM[&A]")), "optOpenCD");
@@ -313,9 +337,35 @@ void FrmCopy::buildWindow()
     setGrid->addWidget(titleLabel(QStringLiteral("设置每次跳过的块数："), "lblBlock2Title"), 1, 0);
     setGrid->addWidget(m_sldSkipBlocks, 1, 1);
     setGrid->addWidget(m_lblBlock2, 1, 2);
+    // The refine pass and the rescue maps.
+    m_chkAutoRefine = named(new QCheckBox(QStringLiteral("复制后自动读取跳过的部分[&R]")), "chkAutoRefine");
+    m_chkAutoRefine->setToolTip(QStringLiteral("复制有跳过的部分时，不再询问，立即只读跳过的部分"));
+    setGrid->addWidget(m_chkAutoRefine, 2, 0, 1, 2);
+    auto* minutesRow = new QHBoxLayout;
+    minutesRow->addWidget(titleLabel(QStringLiteral("读取跳过的部分最多用时："), "lblRefineMinutesTitle"));
+    m_spnRefineMinutes = named(new QSpinBox, "spnRefineMinutes");
+    m_spnRefineMinutes->setRange(0, 24 * 60);
+    m_spnRefineMinutes->setSuffix(QStringLiteral("分钟"));
+    m_spnRefineMinutes->setSpecialValueText(QStringLiteral("不限"));
+    minutesRow->addWidget(m_spnRefineMinutes);
+    minutesRow->addStretch(1);
+    setGrid->addLayout(minutesRow, 3, 0, 1, 3);
+    auto* mapRow = new QHBoxLayout;
+    m_cmdExportMap = named(new QPushButton(QStringLiteral("导出复制记录图[&E]...")), "cmdExportMap");
+    m_cmdExportMap->setToolTip(QStringLiteral("把目标文件的复制记录图存为 GNU ddrescue 的映射文件"));
+    m_cmdImportMap = named(new QPushButton(QStringLiteral("导入复制记录图[&I]...")), "cmdImportMap");
+    m_cmdImportMap->setToolTip(
+        QStringLiteral("把 GNU ddrescue 的映射文件作为目标文件的复制记录图，接着救援"));
+    mapRow->addWidget(m_cmdExportMap);
+    mapRow->addWidget(m_cmdImportMap);
+    mapRow->addStretch(1);
+    setGrid->addLayout(mapRow, 4, 0, 1, 3);
+    for (QWidget* w : {static_cast<QWidget*>(m_chkAutoRefine), static_cast<QWidget*>(m_spnRefineMinutes),
+             static_cast<QWidget*>(m_cmdExportMap), static_cast<QWidget*>(m_cmdImportMap)})
+        w->setEnabled(m_services.maps != nullptr);
     m_cmdBackCopy = named(new QPushButton(QStringLiteral("返回设置>>")), "cmdBackCopy");
-    setGrid->addWidget(m_cmdBackCopy, 2, 2);
-    setGrid->setRowStretch(3, 1);
+    setGrid->addWidget(m_cmdBackCopy, 5, 2);
+    setGrid->setRowStretch(6, 1);
     m_picture2->hide();
     body->addWidget(m_picture2);
 
@@ -462,14 +512,17 @@ void FrmCopy::runBatchCopy()
         return;
     copy::FrmCopyAllFilesServices services{m_services.files, m_services.resumeStore, m_services.drives,
         *m_services.batchPrompts, [this](const QString& entry) { m_logWindow->GetFileCopyLog(entry); }};
+    services.maps = m_services.maps;
     auto* batch = new copy::FrmCopyAllFiles(services);
     batch->setAttribute(Qt::WA_DeleteOnClose);
     batch->setWindowIcon(windowIcon());
     m_batchWindow = batch;
     setEnabled(false);
-    connect(batch, &copy::FrmCopyAllFiles::batchFinished, this, [this] {
+    connect(batch, &copy::FrmCopyAllFiles::batchFinished, this, [this, batch] {
         setEnabled(true);
         emit batchCopyFinished();
+        // What the batch skipped may be read now; then the damage report.
+        m_controller->afterBatch(batch->result().copies, batch->result().notReached);
     });
     if (!batch->CopyingFiles(m_fileList->model().entries())) {
         delete batch;
@@ -512,6 +565,62 @@ QString FrmCopy::sourceText() const
 QString FrmCopy::destinationText() const
 {
     return m_txtFileCopy->text();
+}
+
+// ---- the rescue map and the damage report ----
+
+void FrmCopy::showDamageReport(const copy::DamageReport& report)
+{
+    auto* dialog = new copy::DamageReportDialog(report, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &copy::DamageReportDialog::copyAgainRequested, this, [this](const QStringList& files) {
+        m_fileList->model().ResetFileList();
+        m_fileList->model().appendEntries(files);
+        m_fileList->model().RefreshFileList();
+        runBatchCopy();
+    });
+    dialog->show();
+}
+
+void FrmCopy::exportMap()
+{
+    if (!m_services.maps)
+        return;
+    copy::RescueMap map;
+    copy::MapfileStatus status;
+    if (!m_services.maps->load(destinationText(), map, &status)) {
+        showBox(copy::text::notice(copy::msg::mapStoreNoDestination()));
+        return;
+    }
+    const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("导出复制记录图"),
+        destinationText() + QStringLiteral(".map"), QStringLiteral("映射文件(*.map *.log);;所有文件(*)"));
+    if (path.isEmpty())
+        return;
+    QString why;
+    if (!copy::writeMapfile(path, map,
+            copy::MapfileHeader{
+                sysinfo::versionLine(QStringLiteral("Vindaro")), QString(), QDateTime::currentDateTime(), {}},
+            why, status))
+        showBox(copy::text::notice(copy::msg::mapfileWriteFailed(path, why)));
+}
+
+void FrmCopy::importMap()
+{
+    if (!m_services.maps)
+        return;
+    const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("导入复制记录图"), QString(),
+        QStringLiteral("映射文件(*.map *.log);;所有文件(*)"));
+    if (path.isEmpty())
+        return;
+    platform::IoResult io;
+    const qint64 sourceLength = m_services.files.length(sourceText(), io);
+    const copy::MapfileResult imported = copy::readMapfile(path, io.ok() ? sourceLength : -1);
+    if (!imported.ok()) {
+        showBox(copy::msg::mapfileRefusedNotice(path, imported));
+        return;
+    }
+    m_services.maps->save(destinationText(), imported.map, imported.status);
+    m_picRescueMap->setMap(imported.map);
 }
 
 // ---- the copy's boxes and dialogs ----

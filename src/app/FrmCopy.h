@@ -10,7 +10,9 @@
 #include <functional>
 #include <memory>
 
+class QCheckBox;
 class QComboBox;
+class QSpinBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -22,6 +24,7 @@ class QTimer;
 namespace vindaro::copy {
 class BatchPrompts;
 class ProgressBar;
+class RescueMapView;
 class ThreadedCopyHost;
 } // namespace vindaro::copy
 
@@ -89,6 +92,8 @@ struct FrmCopyServices
     std::function<int()> clockSecond = {};
     // The file list's first text: the report on optical drives that are not ready (empty when all are).
     QString fileListText = {};
+    // Where copies keep their rescue maps (beside the resume records); none: no map, no refine pass.
+    copy::RescueMapStore* maps = nullptr;
     // The file-system and drive changes the log window follows for the whole run; none when null.
     oplog::ChangeMonitor* changeMonitor = nullptr;
 };
@@ -162,6 +167,9 @@ private:
     void attachToolTips();
     void showControls(const copy::CopyControls& controls);
     void showFigures(const copy::ProgressTexts& texts);
+    void showDamageReport(const copy::DamageReport& report);
+    void exportMap(); // the destination's rescue map as a ddrescue mapfile
+    void importMap(); // a ddrescue mapfile as the destination's rescue map
 
     // copy::CopyPrompts
     copy::ContinueChoice askContinueCopy(const QString& source, const QString& destination) override;
@@ -223,6 +231,12 @@ private:
     QLabel* m_lblBlock1 = nullptr;
     QLabel* m_lblBlock2 = nullptr;
     copy::ProgressBar* m_picProgressBar = nullptr;
+    copy::RescueMapView* m_picRescueMap = nullptr;
+    QLabel* m_lblRefine = nullptr; // the refine pass's figures
+    QCheckBox* m_chkAutoRefine = nullptr;
+    QSpinBox* m_spnRefineMinutes = nullptr;
+    QPushButton* m_cmdExportMap = nullptr;
+    QPushButton* m_cmdImportMap = nullptr;
     QLabel* m_lblYiFuZhi = nullptr;
     QLabel* m_lblZongJiHaoShi = nullptr;
     QLabel* m_lblShengYuShiJian = nullptr;

@@ -5,6 +5,7 @@
 #include "FrmCopy.h"
 #include "QtTranslations.h"
 #include "copy/FileResumeStore.h"
+#include "copy/RescueMapStore.h"
 #include "copy/VolumeDriveFacts.h"
 #include "disc/DiscFileLayer.h"
 #include "drives/CDRomDriveControl.h"
@@ -41,6 +42,8 @@ int main(int argc, char** argv)
     vindaro::disc::DiscFileLayer files(localFiles, volumes);
     vindaro::platform::LinuxShell shell;
     vindaro::copy::FileResumeStore resumeStore;
+    // Each copy's rescue map, beside its resume record, as a GNU ddrescue mapfile.
+    vindaro::copy::FileRescueMapStore maps(vindaro::sysinfo::versionLine(QStringLiteral("Vindaro")));
     vindaro::copy::VolumeDriveFacts drives(volumes);
     vindaro::app::MessageBoxPresenter boxes;
     vindaro::app::DialogCopyChoices choices(&resumeStore);
@@ -61,6 +64,7 @@ int main(int argc, char** argv)
     vindaro::app::FrmCopyServices services{
         files, resumeStore, drives, boxes, choices, log, volumes, shell, opticalDrives};
     services.changeMonitor = &changeMonitor;
+    services.maps = &maps;
     vindaro::app::FrmCopy window(services);
     window.show();
     QStringList startFiles;

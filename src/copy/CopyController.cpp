@@ -1,5 +1,6 @@
 #include "CopyController.h"
 
+#include "RescueMessages.h"
 #include "ThreadedCopyHost.h"
 
 #include <QTime>
@@ -17,12 +18,16 @@ CopyController::CopyController(const Services& services, QObject* parent)
     m_worker = std::make_unique<ThreadedCopyHost>(static_cast<CopyHost&>(*this));
     m_session = std::make_unique<CopySession>(
         m_state, *m_worker, m_services.files, m_services.resumeStore, m_services.drives);
+    m_session->setRescueMapStore(m_services.maps);
     connect(m_worker.get(), &ThreadedCopyHost::jobFinished, this, &CopyController::onJobFinished);
     // The tick is off until a copy starts.
     m_tmrTime.setObjectName(QStringLiteral("tmrTime"));
     m_tmrTime.setParent(this);
     m_tmrTime.setInterval(1000);
     connect(&m_tmrTime, &QTimer::timeout, this, &CopyController::tick);
+    qRegisterMetaType<CopyControls>();
+    qRegisterMetaType<RescueMap>();
+    qRegisterMetaType<DamageReport>();
 }
 
 CopyController::~CopyController()
@@ -47,6 +52,12 @@ void CopyController::setControls(const CopyControls& controls)
 
 void CopyController::start(const QString& source, const QString& destination)
 {
+    if (m_worker->isBusy())
+        return;
+    m_job = Job::Copy;
+    m_jobSource = source;
+    m_jobDestination = destination;
+    m_refineQueue.clear();
     m_worker->run([this, source, destination] { return int(m_session->startCopy(source, destination)); });
 }
 
@@ -75,6 +86,10 @@ void CopyController::pauseOrContinue(const QString& source, const QString& desti
     controls.pauseCaption = kPauseCaption;
     controls.cancelEnabled = true;
     setControls(controls);
+    if (m_job == Job::Refine) {
+        startRefine(); // a paused refine pass goes on from its map
+        return;
+    }
     m_worker->run([this, source, destination] { return int(m_session->resumeCopy(source, destination)); });
 }
 
@@ -101,8 +116,94 @@ void CopyController::setSkipBlocks(int value)
 
 void CopyController::tick()
 {
-    m_state.meter.tick(currentSecond(), m_state.position, m_state.sourceLength);
+    if (m_state.refining) {
+        // The bar and the copied figure follow the bytes tried; the time counts as for a copy.
+        m_state.meter.tick(currentSecond(), 0, 0);
+        emit refineFiguresChanged(msg::refineFigures(
+            m_state.refineUntriedBytes, m_state.refineBadBytes, m_state.refineFailedReads));
+    } else {
+        m_state.meter.tick(currentSecond(), m_state.position, m_state.sourceLength);
+    }
     emit figuresChanged(m_state.meter.texts());
+    showMap();
+}
+
+void CopyController::showMap()
+{
+    if (m_services.maps)
+        emit mapChanged(currentMap());
+}
+
+void CopyController::startRefine()
+{
+    if (m_refineQueue.isEmpty() || m_worker->isBusy())
+        return;
+    m_job = Job::Refine;
+    const auto [source, destination] = m_refineQueue.first();
+    m_jobSource = source;
+    m_jobDestination = destination;
+    RefineSettings settings;
+    settings.timeBudgetSeconds = qint64(m_refineMinutes) * 60;
+    m_state.cancelHeld = false;
+    m_worker->run([this, source = source, destination = destination, settings] {
+        return int(m_session->refine(source, destination, settings));
+    });
+}
+
+void CopyController::offerRefine(const QList<QPair<QString, QString>>& copies, const QStringList& notReached)
+{
+    m_reportCopies = copies;
+    m_notReached = notReached;
+    m_refineQueue.clear();
+    qint64 untried = 0;
+    if (m_services.maps) {
+        for (const auto& copy : copies) {
+            RescueMap map;
+            if (!m_services.maps->load(copy.second, map))
+                continue;
+            const qint64 bytes = map.bytes(RescueState::Untried) + map.bytes(RescueState::NonTrimmed)
+                + map.bytes(RescueState::NonScraped);
+            if (bytes > 0) {
+                untried += bytes;
+                m_refineQueue << copy;
+            }
+        }
+    }
+    if (m_refineQueue.isEmpty()
+        || (!m_autoRefine
+            && m_services.prompts.showBox(msg::refineQuestion(untried)) != platform::kAnswerYes)) {
+        m_refineQueue.clear();
+        reportDamage();
+        return;
+    }
+    startRefine();
+}
+
+void CopyController::afterBatch(const std::vector<DamageInput>& copies, const QStringList& notReached)
+{
+    QList<QPair<QString, QString>> pairs;
+    for (const DamageInput& copy : copies)
+        pairs << qMakePair(copy.source, copy.destination);
+    offerRefine(pairs, notReached);
+}
+
+void CopyController::reportDamage()
+{
+    std::vector<DamageInput> inputs;
+    if (m_services.maps) {
+        for (const auto& [source, destination] : std::as_const(m_reportCopies)) {
+            RescueMap map;
+            if (m_services.maps->load(destination, map))
+                inputs.push_back(DamageInput{source, destination, map.size(), map});
+        }
+    }
+    const DamageReport report = makeDamageReport(inputs, m_notReached, &m_services.files);
+    m_reportCopies.clear();
+    m_notReached.clear();
+    if (report.isEmpty())
+        return;
+    log(msg::damageReportEntry(report));
+    emit damageReportReady(report);
 }
 
 void CopyController::resetFigures()
@@ -128,6 +229,14 @@ void CopyController::quit()
 
 void CopyController::onJobFinished(int outcome)
 {
+    showMap();
+    if (m_job == Job::Refine) {
+        emit refineFiguresChanged(msg::refineFigures(
+            m_state.refineUntriedBytes, m_state.refineBadBytes, m_state.refineFailedReads));
+        const auto result = CopyOutcome(outcome);
+        if (result != CopyOutcome::Paused && !m_refineQueue.isEmpty())
+            m_refineQueue.removeFirst();
+    }
     if (m_mode == Mode::Paused) {
         m_state.copyRunning = false;
         CopyControls controls = m_controls;
@@ -141,6 +250,24 @@ void CopyController::onJobFinished(int outcome)
         enterIdle();
     }
     emit jobFinished(outcome);
+
+    // What comes after: the refine pass of a copy that skipped bytes, the next file's pass, the report.
+    const auto result = CopyOutcome(outcome);
+    if (m_mode == Mode::Paused)
+        return;
+    if (m_job == Job::Copy && result == CopyOutcome::FinishedWithSkips) {
+        offerRefine({qMakePair(m_jobSource, m_jobDestination)}, {});
+        return;
+    }
+    if (m_job == Job::Refine) {
+        if (result == CopyOutcome::Cancelled || result == CopyOutcome::Failed)
+            m_refineQueue.clear();
+        if (!m_refineQueue.isEmpty()) {
+            startRefine();
+            return;
+        }
+        reportDamage();
+    }
 }
 
 void CopyController::enterIdle()

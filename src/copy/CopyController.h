@@ -3,6 +3,7 @@
 #include "CopyHost.h"
 #include "CopySession.h"
 #include "CopyState.h"
+#include "DamageReport.h"
 
 #include <QObject>
 #include <QTimer>
@@ -76,6 +77,7 @@ public:
         CopyPrompts& prompts;
         std::function<void(const QString&)> log; // the operation log's entries
         std::function<int()> clockSecond = {}; // the second of the minute (0..59); the wall clock when empty
+        RescueMapStore* maps = nullptr; // where copies keep their rescue maps; none: no map, no refine pass
     };
 
     explicit CopyController(const Services& services, QObject* parent = nullptr);
@@ -95,6 +97,17 @@ public:
     void setSkipBlocks(int value);
     void tick(); // the one-second clock (tmrTime)
     void resetFigures(); // the five figures back to their idle texts
+
+    // The refine pass: after a copy that skipped bytes, read them at once without asking; and at most so
+    // many minutes for it (0: no limit).
+    void setAutoRefine(bool on) { m_autoRefine = on; }
+    void setRefineMinutes(int minutes) { m_refineMinutes = minutes; }
+    // After a batch: offers the refine pass for its copies that skipped bytes, then reports the damage
+    // (with the files the batch did not reach).
+    void afterBatch(const std::vector<DamageInput>& copies, const QStringList& notReached);
+    bool isRefining() const { return m_job == Job::Refine; }
+    // Any thread: the map of the copy or refine pass in hand, for the picture.
+    RescueMap currentMap() const { return m_session->currentMap(); }
 
     // Exit is refused without a word while a copy runs; a copy already told to cancel may be quit, since
     // its block in progress may hang in a read for minutes on a scratched disc.
@@ -117,6 +130,10 @@ signals:
     void barCleared();
     void figuresChanged(const vindaro::copy::ProgressTexts& texts);
     void jobFinished(int outcome); // a start or continue has run its course on the worker
+    void mapChanged(const vindaro::copy::RescueMap& map); // with the figures, never per block
+    void refineFiguresChanged(const QString& text); // empty when no refine pass runs
+    // Bytes are missing after a copy, a refine pass or a batch: the report is in the log already.
+    void damageReportReady(const vindaro::copy::DamageReport& report);
 
 private:
     // CopyHost, on the UI thread.
@@ -129,6 +146,10 @@ private:
     void modeChanged(CopyMode mode) override;
 
     void onJobFinished(int outcome);
+    void startRefine(); // the first of m_refineQueue
+    void offerRefine(const QList<QPair<QString, QString>>& copies, const QStringList& notReached);
+    void reportDamage();
+    void showMap();
     void setControls(const CopyControls& controls);
     void enterIdle();
     int currentSecond() const;
@@ -142,8 +163,24 @@ private:
     CopyControls m_controls;
     int m_skipValue = 10; // the skip slider's value before its latest move
     bool m_workerAbandoned = false;
+
+    enum class Job
+    {
+        Copy,
+        Refine,
+    };
+    Job m_job = Job::Copy; // the job in hand, or the last one
+    QString m_jobSource;
+    QString m_jobDestination;
+    bool m_autoRefine = false;
+    int m_refineMinutes = 0;
+    QList<QPair<QString, QString>> m_refineQueue; // (source, destination) still to refine; the first in hand
+    QList<QPair<QString, QString>> m_reportCopies; // what the damage report covers
+    QStringList m_notReached;
 };
 
 } // namespace vindaro::copy
 
 Q_DECLARE_METATYPE(vindaro::copy::CopyControls)
+Q_DECLARE_METATYPE(vindaro::copy::RescueMap)
+Q_DECLARE_METATYPE(vindaro::copy::DamageReport)

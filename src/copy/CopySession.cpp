@@ -183,6 +183,10 @@ void CopySession::logLowSpace(
 CopyOutcome CopySession::run(const QString& source, const QString& destination, bool merge)
 {
     m_merging = merge;
+    {
+        const std::lock_guard<std::mutex> lock(m_refineMutex);
+        m_lastRefined = RescueMap(); // the copy's own map is the current one now
+    }
     const qint64 step = m_state.blockBytes;
     const CopyOutcome outcome = merge ? m_copier.mergeBlocks(source, destination, step)
                                       : m_copier.copyBlocks(source, destination, step);
@@ -316,7 +320,27 @@ CopyOutcome CopySession::refine(
         return CopyOutcome::Failed;
     }
     RefinePass pass(m_state, m_host, m_files, *m_maps);
-    return pass.refine(source, destination, settings);
+    {
+        const std::lock_guard<std::mutex> lock(m_refineMutex);
+        m_refine = &pass;
+    }
+    const CopyOutcome outcome = pass.refine(source, destination, settings);
+    const std::lock_guard<std::mutex> lock(m_refineMutex);
+    m_refine = nullptr;
+    m_lastRefined = pass.map();
+    return outcome;
+}
+
+RescueMap CopySession::currentMap() const
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_refineMutex);
+        if (m_refine)
+            return m_refine->map();
+        if (m_lastRefined.size() > 0)
+            return m_lastRefined;
+    }
+    return m_copier.rescueMap();
 }
 
 CopyOutcome CopySession::resumeCopy(const QString& source, const QString& destination)

@@ -76,6 +76,8 @@ public:
         m_copier.setRescueMapStore(maps);
     }
     RescueMapStore* rescueMapStore() const { return m_maps; }
+    // Any thread: the map of the copy or refine pass in hand (or the last one), for the window's picture.
+    RescueMap currentMap() const;
     // Sets and answers state.blockBytes from the read slider and the kinds of the drive and file.
     qint64 computeBlockBytes(const QString& source, const QString& destination);
 
@@ -102,6 +104,9 @@ private:
     int m_platformFamily = 3;
     bool m_merging = false; // the running or paused loop is a merge: it goes on as one
     RescueMapStore* m_maps = nullptr;
+    mutable std::mutex m_refineMutex; // guards m_refine
+    RefinePass* m_refine = nullptr; // the pass in hand, on the worker's stack
+    RescueMap m_lastRefined; // the map the last pass ended with
 };
 
 } // namespace vindaro::copy

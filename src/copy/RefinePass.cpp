@@ -79,8 +79,10 @@ RefinePass::Read RefinePass::readSector(qint64 offset, qint64 lo, qint64 hi)
     if (!io.ok()) {
         ++m_failedReads;
         for (const RescueRange& range : m_map.ranges(begin, end - begin)) {
-            if (untried(range.state))
+            if (untried(range.state)) {
+                const std::lock_guard<std::mutex> lock(m_mapMutex);
                 m_map.mark(range.offset, range.length, RescueState::Bad);
+            }
         }
         report();
         return Read::Bad;
@@ -96,6 +98,7 @@ RefinePass::Read RefinePass::readSector(qint64 offset, qint64 lo, qint64 hi)
             m_end = End::DestinationFailed;
             return Read::Stop;
         }
+        const std::lock_guard<std::mutex> lock(m_mapMutex);
         m_map.mark(range.offset, range.length, RescueState::Copied);
     }
     report();
@@ -138,7 +141,13 @@ CopyOutcome RefinePass::refine(
 
     IoResult io;
     const qint64 sourceLength = m_files.length(source, io);
-    if (!m_maps.load(destination, m_map) || !io.ok() || m_map.size() != sourceLength) {
+    RescueMap kept;
+    const bool loaded = m_maps.load(destination, kept);
+    {
+        const std::lock_guard<std::mutex> lock(m_mapMutex);
+        m_map = std::move(kept);
+    }
+    if (!loaded || !io.ok() || m_map.size() != sourceLength) {
         m_host.notify(msg::noRescueMapNotice(destination));
         return CopyOutcome::Failed;
     }
@@ -239,6 +248,12 @@ CopyOutcome RefinePass::refine(
         checkpoint(destination);
     }
     return end(source, destination);
+}
+
+RescueMap RefinePass::map() const
+{
+    const std::lock_guard<std::mutex> lock(m_mapMutex);
+    return m_map;
 }
 
 CopyOutcome RefinePass::end(const QString& source, const QString& destination)

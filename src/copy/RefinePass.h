@@ -9,6 +9,7 @@
 #include <QElapsedTimer>
 
 #include <functional>
+#include <mutex>
 
 namespace vindaro::copy {
 
@@ -46,7 +47,7 @@ public:
     // do: no untried bytes).
     CopyOutcome refine(const QString& source, const QString& destination, const RefineSettings& settings);
 
-    RescueMap map() const { return m_map; } // after refine() returns
+    RescueMap map() const; // any thread: the map as it stands
     qint64 failedReads() const { return m_failedReads; }
 
 private:
@@ -93,6 +94,7 @@ private:
     std::unique_ptr<platform::RandomAccessFile> m_in;
     std::unique_ptr<platform::RandomAccessFile> m_out;
     QByteArray m_buffer;
+    mutable std::mutex m_mapMutex; // guards m_map's changes against map() from another thread
     RescueMap m_map;
     qint64 m_sector = 2048;
     qint64 m_failedReads = 0;

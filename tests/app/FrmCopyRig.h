@@ -12,6 +12,7 @@
 #include "fakes/FakeShell.h"
 #include "fakes/FakeVolumes.h"
 #include "fakes/MemoryFileLayer.h"
+#include "fakes/MemoryRescueMapStore.h"
 #include "files/ListPrompts.h"
 #include "oplog/OperationLog.h"
 #include "platform/Volumes.h"
@@ -146,6 +147,7 @@ struct Rig
 {
     MemoryFileLayer files;
     MemoryResumeStore store;
+    MemoryRescueMapStore maps;
     CdRomDrives drives;
     ScriptedBoxes boxes;
     ScriptedChoices choices;
@@ -171,6 +173,7 @@ struct Rig
         s.clockSecond = [this] { return second; };
         s.fileListText = kDriveReport;
         s.changeMonitor = &changeMonitor;
+        s.maps = &maps;
         return s;
     }
 

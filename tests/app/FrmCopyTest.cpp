@@ -1,8 +1,12 @@
 #include "FrmCopyRig.h"
 #include "chrome/ToolTips.h"
+#include "copy/RescueMessages.h"
 #include "copy/ThreadedCopyHost.h"
+#include "copy/ui/DamageReportDialog.h"
 #include "copy/ui/ProgressBar.h"
+#include "copy/ui/RescueMapView.h"
 
+#include <QCheckBox>
 #include <QSemaphore>
 #include <QSlider>
 
@@ -370,6 +374,48 @@ TEST(FrmCopy, CancelWithDeletionResetsTheFigures)
     EXPECT_TRUE(rig.log.entries().contains(QStringLiteral("取消复制：") + kSource));
     EXPECT_EQ(rig.frm.mode(), FrmCopy::Mode::Idle);
     EXPECT_TRUE(rig.child("cmdStartCopy")->isEnabled());
+}
+
+// A copy that skipped bytes asks whether to read them now (or, with the option set, does so at once); the
+// refine pass reads them, the picture shows the map, and what stays missing comes in the damage report.
+TEST(FrmCopy, SkippedBytesAreOfferedToTheRefinePassThenReported)
+{
+    for (const bool automatic : {false, true}) {
+        SCOPED_TRACE(automatic ? "automatic" : "asked");
+        CopyRig rig;
+        rig.files.put(kSource, positionBytes(12 * kBlock));
+        rig.files.faults(kSource).badReads = {ByteRange{5 * kBlock + 100, 1}};
+        rig.child<QCheckBox>("chkAutoRefine")->setChecked(automatic);
+        rig.boxes.answers = {platform::kAnswerYes};
+        QSignalSpy reported(&rig.frm.controller(), &copy::CopyController::damageReportReady);
+
+        rig.click("cmdStartCopy");
+        EXPECT_EQ(rig.waitForOutcome(), int(CopyOutcome::FinishedWithSkips)); // the copy
+        EXPECT_EQ(rig.waitForOutcome(), int(CopyOutcome::FinishedWithSkips)); // the refine pass: one bad byte
+        const bool asked = std::any_of(
+            rig.boxes.shown.begin(), rig.boxes.shown.end(), [](const platform::MessageBox& box) {
+                return box.text.contains(QStringLiteral("是否现在读取跳过的部分"));
+            });
+        EXPECT_EQ(asked, !automatic);
+
+        // Everything but the bad sector around byte 5 x 40,960 + 100 is in place.
+        const QByteArray copied = rig.files.bytes(kDestination);
+        ASSERT_EQ(copied.size(), 12 * kBlock);
+        for (qint64 i = 0; i < copied.size(); i += 997) {
+            if (i / 512 != (5 * kBlock + 100) / 512) {
+                ASSERT_EQ(copied[i], positionBytes(12 * kBlock)[i]) << i;
+            }
+        }
+        // The bad 512-byte sector, less its first byte, which the copy had read with the block before.
+        const copy::RescueMap shown = rig.child<copy::RescueMapView>("picRescueMap")->map();
+        EXPECT_EQ(shown.bytes(copy::RescueState::Bad), 511);
+        EXPECT_EQ(
+            copy::RescueMapView::cellState(shown, 0, shown.size()), copy::RescueState::Bad); // worst shows
+        EXPECT_FALSE(rig.label("lblRefine")->text().isEmpty());
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !reported.isEmpty(); }, kWaitMs));
+        EXPECT_NE(rig.frm.findChild<copy::DamageReportDialog*>(), nullptr);
+        EXPECT_TRUE(rig.log.entries().last().startsWith(QStringLiteral("损坏报告")));
+    }
 }
 
 } // namespace

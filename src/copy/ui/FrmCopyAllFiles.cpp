@@ -104,6 +104,7 @@ FrmCopyAllFiles::FrmCopyAllFiles(const FrmCopyAllFilesServices& services, QWidge
     m_batch = std::make_unique<BatchCopier>(
         m_state, *m_worker, m_services.files, m_services.resumeStore, m_services.drives);
     m_state.meter.setBatch(&m_batch->counters());
+    m_batch->copier().setRescueMapStore(m_services.maps);
     connect(&m_worker->threaded(), &ThreadedCopyHost::jobFinished, this, &FrmCopyAllFiles::onJobFinished);
 
     buildWindow();

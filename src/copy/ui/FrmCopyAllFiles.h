@@ -73,6 +73,8 @@ struct FrmCopyAllFilesServices
     std::function<QTime()> clock = {};
     // tmrTime's interval. Tests that take the ticks by hand set it out of reach.
     int tickMilliseconds = 1000;
+    // Where each file's rescue map is kept; none: no map.
+    RescueMapStore* maps = nullptr;
 };
 
 // The batch copy's window: copies every listed file into one chosen folder, file after file, showing the
