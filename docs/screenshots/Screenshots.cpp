@@ -5,16 +5,18 @@
 #include "app/BoxPresenter.h"
 #include "app/CopyChoices.h"
 #include "app/FrmCopy.h"
-#include "app/OperationLogModel.h"
 #include "app/QtTranslations.h"
 #include "copy/FileResumeStore.h"
+#include "copy/RescueMapStore.h"
 #include "copy/VolumeDriveFacts.h"
 #include "drives/TrayJob.h"
 #include "files/FileListModel.h"
 #include "files/ui/FileListController.h"
+#include "oplog/OperationLog.h"
 #include "platform/linux/LinuxVolumes.h"
 #include "platform/linux/LocalFileLayer.h"
 #include "platform/linux/ui/LinuxShell.h"
+#include "sysinfo/ProgramInfo.h"
 #include "sysinfo/ui/ProgramIcon.h"
 
 #include <QApplication>
@@ -25,6 +27,7 @@
 #include <QPushButton>
 #include <QTest>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <thread>
@@ -34,7 +37,8 @@ namespace {
 constexpr qint64 kReadBytesPerSecond = 40 * 1024 * 1024; // a 40x drive, so the copy is still running
 
 // Reads at the pace of an optical drive (on the copy's worker thread; the window stays responsive), so
-// the copy is caught while it runs whatever the machine.
+// the copy is caught while it runs whatever the machine; two scratches fail their reads, so the picture of
+// the rescue map has something to show.
 class DrivePacedFile final : public vindaro::platform::RandomAccessFile
 {
 public:
@@ -45,6 +49,10 @@ public:
     vindaro::platform::IoResult readAt(qint64 offset, char* data, qint64 maxBytes) override
     {
         std::this_thread::sleep_for(std::chrono::microseconds(maxBytes * 1000000 / kReadBytesPerSecond));
+        for (const qint64 scratch : {qint64(22) << 20, qint64(61) << 20}) {
+            if (offset <= scratch && scratch < offset + maxBytes)
+                return vindaro::platform::IoResult::failure(EIO, QStringLiteral("Input/output error"));
+        }
         return m_file->readAt(offset, data, maxBytes);
     }
     vindaro::platform::IoResult writeAt(qint64 offset, const char* data, qint64 bytes) override
@@ -124,10 +132,12 @@ int main(int argc, char** argv)
     vindaro::copy::VolumeDriveFacts drives(volumes);
     PrintedBoxes boxes;
     vindaro::app::DialogCopyChoices choices(&resumeStore);
-    vindaro::app::OperationLogModel log;
+    vindaro::oplog::OperationLog log;
+    vindaro::copy::FileRescueMapStore maps(vindaro::sysinfo::versionLine(QStringLiteral("Vindaro")));
     const auto opticalDrives = vindaro::drives::makeSystemOpticalDrives();
     vindaro::app::FrmCopyServices services{
         files, resumeStore, drives, boxes, choices, log, volumes, shell, opticalDrives};
+    services.maps = &maps;
     vindaro::app::FrmCopy window(services);
     window.move(0, 0);
     window.show();
