@@ -1,4 +1,5 @@
 #include "copy/BlockCopier.h"
+#include "copy/CopyMessages.h"
 #include "copy/CopySession.h"
 #include "fakes/FakeCopyHost.h"
 #include "fakes/MemoryFileLayer.h"
@@ -264,21 +265,10 @@ TEST_F(BlockCopierTest, EmptySourceMergeGoesThroughTheLoop)
 // Every row of the failure table: the box, its title, and the log entry (or none). The failing file
 // decides the row: only a source can be skipped or be on a drive without a disc, and a destination that
 // fails (a write, its sync or its close) keeps only the disk-full and permission rows.
+// Which failure box and log entry each failure gets (the words are the golden file's): the table of the
+// engine's failures, read, write, sync and close, a copy and a merge, a source on a drive without its disc.
 TEST_F(BlockCopierTest, FailuresShowTheirBoxAndLogTheirCause)
 {
-    const QString copyHead
-        = QStringLiteral("复制文件“") + kSource + QStringLiteral("”时遇到错误。\r\n") + kIndent;
-    const QString mergeHead = QStringLiteral("合并文件“") + kSource + QStringLiteral("”到：\r\n") + kIndent
-        + QStringLiteral("“") + kDest + QStringLiteral("”时遇到错误。\r\n") + kIndent;
-    const QString cdCopy = QStringLiteral("复制文件被意外地终止，请检查光驱中是否有光盘。");
-    const QString undescribedCopyBox = QStringLiteral("未知错误，可能是目标文件中含有非法字符或是在文件 "
-                                                      "\r\n复制过程当中遇到了其他无法预料的情况.如果文件已经"
-                                                      "\r\n复制了一部份，请重新启动Vindaro并再次选择该 "
-                                                      "\r\n文件然后以追加方式继续复制剩余的部分，若仍然存在"
-                                                      "\r\n问题，请检查文件的访问权限.");
-    const QString undescribedCopyEntry = copyHead
-        + QStringLiteral("错误原因：未知错误，可能是目标文件中含有非法字符 \r\n") + kIndent
-        + QStringLiteral("或是在文件复制过程当中遇到了其他无法预料的情况 。");
     enum Where
     {
         Read, // the source's read at byte 151
@@ -286,69 +276,44 @@ TEST_F(BlockCopierTest, FailuresShowTheirBoxAndLogTheirCause)
         Sync, // the destination's sync (before the finish)
         Close, // the destination's close (after the first pass)
     };
-    struct Row
+    constexpr auto kDescribed = Failure::Described; // "[code].description", nothing logged
+    const struct
     {
         const char* name;
         Where where;
         int error;
-        QString description;
+        const char* description;
         bool merge;
         bool cdRomNotReady;
-        QString box;
-        QString entry; // empty: nothing logged
-    };
-    const QList<Row> rows = {
-        {"disk full", Write, ENOSPC, "x", false, false,
-            QStringLiteral("磁盘已满，没有足够的可用空间用来复制文件。"),
-            copyHead + QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来复制文件。")},
-        {"disk full merge", Write, EDQUOT, "x", true, false,
-            QStringLiteral("磁盘已满，没有足够的可用空间用来合并文件。"),
-            mergeHead + QStringLiteral("错误原因：磁盘已满，没有足够的可用空间用来合并文件。")},
-        {"bad record", Read, ESPIPE, "x", false, false, QStringLiteral("未知错误，请检查文件访问权限。"),
-            copyHead + QStringLiteral("错误原因：未知错误，可能是文件拒绝访问权限。")},
-        {"permission", Write, EACCES, "x", false, false,
-            QStringLiteral("无法复制 ") + kSource
-                + QStringLiteral("\r\n共享冲突,源文件或目标文件可能正在使用。"),
-            copyHead + QStringLiteral("错误原因：共享冲突,源文件或目标文件可能正在使用。")},
-        {"permission merge", Read, EBUSY, "x", true, false,
-            QStringLiteral("无法合并 ") + kSource
-                + QStringLiteral("\r\n共享冲突,源文件或目标文件可能正在使用。"),
-            mergeHead + QStringLiteral("错误原因：共享冲突,源文件或目标文件可能正在使用。")},
-        {"source without its disc", Read, ENOMEDIUM, "x", false, true, cdCopy,
-            copyHead + QStringLiteral("错误原因：复制文件被意外地终止，请检查光驱中是否有光盘。")},
-        {"source gone, not on an optical drive", Read, ENODEV, "x", false, false,
-            QStringLiteral("[71].磁盘未准备好"), {}},
-        {"cd not ready merge", Read, EMLINK, "x", true, true,
-            QStringLiteral("合并文件被意外地终止，请检查光驱中是否有光盘。"),
-            mergeHead + QStringLiteral("错误原因：合并文件被意外地终止，光驱中可能没有光盘。")},
-        {"described", Read, EMLINK, QStringLiteral("Too many links"), false, false,
-            QStringLiteral("[31].Too many links"), {}},
-        {"undescribed", Read, EMLINK, {}, false, false, undescribedCopyBox, undescribedCopyEntry},
-        {"undescribed merge", Read, EMLINK, {}, true, false,
-            QStringLiteral("未知错误，可能是目标文件中含有非法字符或是在文件 "
-                           "\r\n合并过程当中遇到了其他无法预料的情况.如果文件已经"
-                           "\r\n合并了一部份，请重新启动Vindaro，若仍然存在\r\n问题，请检查文件的访问权限."),
-            mergeHead + QStringLiteral("错误原因：未知错误，可能是目标文件中含有非法字符或是 \r\n") + kIndent
-                + QStringLiteral("在文件合并过程当中遇到了其他无法预料的情况 。")},
+        Failure shown;
+        int code = 0; // for kDescribed
+        const char16_t* words = nullptr; // the program's own words in place of the system's
+    } rows[] = {
+        {"disk full", Write, ENOSPC, "x", false, false, Failure::DiskFull},
+        {"disk full merge", Write, EDQUOT, "x", true, false, Failure::DiskFull},
+        {"bad record", Read, ESPIPE, "x", false, false, Failure::BadRecord},
+        {"permission", Write, EACCES, "x", false, false, Failure::SharingConflict},
+        {"permission merge", Read, EBUSY, "x", true, false, Failure::SharingConflict},
+        {"source without its disc", Read, ENOMEDIUM, "x", false, true, Failure::NoMedium},
+        {"source gone, not on an optical drive", Read, ENODEV, "x", false, false, kDescribed, 71,
+            u"磁盘未准备好"},
+        {"cd not ready merge", Read, EMLINK, "x", true, true, Failure::NoMedium},
+        {"described", Read, EMLINK, "Too many links", false, false, kDescribed, EMLINK},
+        {"undescribed", Read, EMLINK, "", false, false, Failure::Unknown},
+        {"undescribed merge", Read, EMLINK, "", true, false, Failure::Unknown},
         // the destination's own failures: never a skip, never the disc texts, even with the source's
         // drive not ready
-        {"write EIO", Write, EIO, QStringLiteral("Input/output error"), false, true,
-            QStringLiteral("[5].Input/output error"), {}},
-        {"write ETIMEDOUT merge", Write, ETIMEDOUT, QStringLiteral("Connection timed out"), true, false,
-            QStringLiteral("[110].Connection timed out"), {}},
-        {"write ENODEV", Write, ENODEV, QStringLiteral("No such device"), false, true,
-            QStringLiteral("[19].No such device"), {}},
-        {"write ENOMEDIUM", Write, ENOMEDIUM, QStringLiteral("No medium found"), false, true,
-            QStringLiteral("[123].No medium found"), {}},
-        {"write EBADF", Write, EBADF, QStringLiteral("Bad file descriptor"), false, false,
-            QStringLiteral("[9].Bad file descriptor"), {}},
-        {"write EIO undescribed", Write, EIO, {}, false, true, undescribedCopyBox, undescribedCopyEntry},
-        {"sync EIO", Sync, EIO, QStringLiteral("Input/output error"), false, false,
-            QStringLiteral("[5].Input/output error"), {}},
-        {"close ESTALE", Close, ESTALE, QStringLiteral("Stale file handle"), false, true,
-            QStringLiteral("[116].Stale file handle"), {}},
+        {"write EIO", Write, EIO, "Input/output error", false, true, kDescribed, EIO},
+        {"write ETIMEDOUT merge", Write, ETIMEDOUT, "Connection timed out", true, false, kDescribed,
+            ETIMEDOUT},
+        {"write ENODEV", Write, ENODEV, "No such device", false, true, kDescribed, ENODEV},
+        {"write ENOMEDIUM", Write, ENOMEDIUM, "No medium found", false, true, kDescribed, ENOMEDIUM},
+        {"write EBADF", Write, EBADF, "Bad file descriptor", false, false, kDescribed, EBADF},
+        {"write EIO undescribed", Write, EIO, "", false, true, Failure::Unknown},
+        {"sync EIO", Sync, EIO, "Input/output error", false, false, kDescribed, EIO},
+        {"close ESTALE", Close, ESTALE, "Stale file handle", false, true, kDescribed, ESTALE},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         files.reset();
         store.records.clear();
@@ -356,39 +321,38 @@ TEST_F(BlockCopierTest, FailuresShowTheirBoxAndLogTheirCause)
         files.put(kSource, positionBytes(500));
         files.put(kDest, QByteArray());
         auto& f = row.where == Read ? files.faults(kSource) : files.faults(kDest);
-        switch (row.where) {
-        case Read:
+        const QString description = QString::fromLatin1(row.description);
+        if (row.where == Read) {
             f.badReads = {ByteRange{150, 1}};
             f.readErrno = row.error;
-            f.readText = row.description;
-            break;
-        case Write:
-            f.writeLimit = 150;
-            f.writeErrno = row.error;
-            break;
-        case Sync:
-            f.syncErrno = row.error;
-            break;
-        case Close:
-            f.closeErrno = row.error;
-            break;
+            f.readText = description;
+        } else {
+            f.writeLimit = row.where == Write ? 150 : -1;
+            f.writeErrno = row.where == Write ? row.error : f.writeErrno;
+            f.syncErrno = row.where == Sync ? row.error : 0;
+            f.closeErrno = row.where == Close ? row.error : 0;
+            f.writeText = description;
         }
-        if (row.where != Read)
-            f.writeText = row.description;
         cdRomNotReady = row.cdRomNotReady;
         start(100);
         state.mergePosition = 1;
         const CopyOutcome outcome = row.merge ? copier.mergeBlocks(kSource, kDest, 100) : copy();
         EXPECT_EQ(outcome, CopyOutcome::Failed);
+        const QString words = row.words ? QString::fromUtf16(row.words) : description;
+        const msg::FailureTexts texts = row.shown == kDescribed
+            ? msg::FailureTexts{QString(), msg::describedFailure(row.code, words)}
+            : msg::singleFailure(row.shown, row.merge, kSource);
         ASSERT_EQ(host.boxes.size(), 1);
-        EXPECT_EQ(host.boxes[0].text, row.box);
-        EXPECT_EQ(host.boxes[0].title,
-            row.merge ? QStringLiteral("合并文件时出错！") : QStringLiteral("复制文件时出错！"));
+        EXPECT_EQ(host.boxes[0].text,
+            row.shown == kDescribed && row.code == 71
+                ? msg::describedFailure(71, QStringLiteral("磁盘未准备好"))
+                : texts.box);
+        EXPECT_EQ(host.boxes[0].title, msg::errorBoxTitle(row.merge));
         EXPECT_EQ(host.boxes[0].icon, platform::BoxIcon::Critical);
-        if (row.entry.isEmpty())
-            EXPECT_TRUE(host.entries.isEmpty()) << host.entries.join('|').toStdString();
-        else
-            EXPECT_EQ(host.entries, QStringList{row.entry});
+        const QStringList logged = texts.cause.isEmpty()
+            ? QStringList()
+            : QStringList{msg::errorEntry(kSource, kDest, row.merge, texts.cause)};
+        EXPECT_EQ(host.entries, logged);
         EXPECT_EQ(host.switches, QStringList{QStringLiteral("idle")});
         EXPECT_EQ(files.openFiles(), 0);
         // a failing destination keeps a record to go on from later; a failing source leaves none
