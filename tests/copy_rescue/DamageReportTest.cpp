@@ -70,31 +70,20 @@ TEST(DamageReport, NamesTheDamagedFilesTheirHolesAndThePlayingTimeAroundThem)
     EXPECT_TRUE(track.timed);
     EXPECT_EQ(track.badBytes, 4096 + 6144);
     EXPECT_EQ(track.skippedBytes, 300'000 - 6144 + 50'000);
-    ASSERT_EQ(track.holes.size(), 3u);
-    const qint64 size = 3000 * kPack;
-    struct Expected
-    {
-        qint64 offset, length, bad, skipped;
-        std::optional<qint64> from, to;
-        bool atEnd;
+    const auto facts = [](const DamageHole& h) {
+        return std::make_tuple(
+            h.offset, h.length, h.badBytes, h.skippedBytes, h.fromSecond, h.toSecond, h.atEnd);
     };
+    std::vector<decltype(facts(DamageHole{}))> holes;
+    for (const DamageHole& h : track.holes)
+        holes.push_back(facts(h));
     // Packs around each hole: 1,000,000 / 2,324 -> pack 430 (5.73 s); 1,300,000 -> pack 560 (7.47 s);
-    // size - 50,000 -> pack 2978 (39.7 s).
-    const Expected expected[] = {
-        {0, 4096, 4096, 0, 0, 1, false},
-        {1'000'000, 300'000, 6144, 300'000 - 6144, 5, 8, false},
-        {size - 50'000, 50'000, 0, 50'000, 39, std::nullopt, true},
-    };
-    for (size_t i = 0; i < 3; ++i) {
-        const DamageHole& h = track.holes[i];
-        EXPECT_EQ(h.offset, expected[i].offset) << i;
-        EXPECT_EQ(h.length, expected[i].length) << i;
-        EXPECT_EQ(h.badBytes, expected[i].bad) << i;
-        EXPECT_EQ(h.skippedBytes, expected[i].skipped) << i;
-        EXPECT_EQ(h.fromSecond, expected[i].from) << i;
-        EXPECT_EQ(h.toSecond, expected[i].to) << i;
-        EXPECT_EQ(h.atEnd, expected[i].atEnd) << i;
-    }
+    // the end - 50,000 -> pack 2978 (39.7 s).
+    const qint64 end = 3000 * kPack;
+    EXPECT_EQ(holes,
+        (decltype(holes){{0, 4096, 4096, 0, 0, 1, false},
+            {1'000'000, 300'000, 6144, 300'000 - 6144, 5, 8, false},
+            {end - 50'000, 50'000, 0, 50'000, 39, std::nullopt, true}}));
 
     const DamagedFile& text = report.files[1];
     EXPECT_FALSE(text.timed);
