@@ -6,6 +6,7 @@
 #include "copy/ui/ExistingFileDialog.h"
 #include "copy/ui/FrmChooseDialog.h"
 #include "copy/ui/FrmCopyAllFiles.h"
+#include "copy_store/WholeFile.h"
 #include "fakes/FakeCopyHost.h"
 #include "fakes/FakeVolumes.h"
 #include "fakes/MemoryFileLayer.h"
@@ -26,7 +27,7 @@ namespace {
 bool writeFile(const QString& path, qsizetype bytes)
 {
     QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(QByteArray(bytes, 'v')) == bytes && file.flush()
+    return vindaro::testing::writeWholeFile(path, QByteArray(bytes, 'v')) && file.open(QIODevice::Append)
         && file.setFileTime(QDateTime(QDate(2024, 5, 1), QTime(10, 0)), QFileDevice::FileModificationTime);
 }
 

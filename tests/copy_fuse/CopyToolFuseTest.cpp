@@ -2,6 +2,7 @@
 // destinations that fail their writes, syncs or closes.
 #include "FuseMount.h"
 #include "Pattern.h"
+#include "copy_store/WholeFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,19 +20,10 @@
 
 namespace {
 
+using vindaro::testing::readWholeFile;
+using vindaro::testing::writeWholeFile;
+
 constexpr qint64 kBlock = 6144; // a fixed drive's block
-
-QByteArray readFile(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-bool writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
-}
 
 // A disk whose file system fails one kind of operation; the files land in `backing`.
 class FailingDisk : public vindaro::testing::FuseMount
@@ -66,7 +58,7 @@ ToolRun copyTool(const QStringList& args)
 QJsonObject resumeRecord(const QString& destination)
 {
     const QString store = qEnvironmentVariable("XDG_STATE_HOME") + QStringLiteral("/vindaro/resume.json");
-    return QJsonDocument::fromJson(readFile(store))
+    return QJsonDocument::fromJson(readWholeFile(store))
         .object()
         .value(QStringLiteral("records"))
         .toObject()
@@ -95,7 +87,7 @@ TEST(ScratchedSource, BadSectorsAreSkippedAndTheRestArrives)
         QTemporaryDir dir;
         const QString backing = dir.filePath(QStringLiteral("backing"));
         ASSERT_TRUE(QDir().mkpath(backing));
-        ASSERT_TRUE(writeFile(backing + QStringLiteral("/src.dat"), data));
+        ASSERT_TRUE(writeWholeFile(backing + QStringLiteral("/src.dat"), data));
         QStringList bad;
         for (const qint64 byte : row.bad)
             bad << QString::number(byte);
@@ -107,7 +99,8 @@ TEST(ScratchedSource, BadSectorsAreSkippedAndTheRestArrives)
                 (row.sameDisk ? mountPoint : dir.path()) + QStringLiteral("/copy.dat")});
             EXPECT_EQ(r.exitCode, 1) << r.err.toStdString(); // finished with skips
         }
-        const QByteArray copy = readFile((row.sameDisk ? backing : dir.path()) + QStringLiteral("/copy.dat"));
+        const QByteArray copy
+            = readWholeFile((row.sameDisk ? backing : dir.path()) + QStringLiteral("/copy.dat"));
         ASSERT_EQ(copy.size(), size);
         for (qint64 i = 0; i < size; ++i) {
             if (copy[i] == data[i])
@@ -151,7 +144,7 @@ TEST(FailingDestination, IsReportedKeptAndContinuedNeverSkipped)
         const QString backing = dir.filePath(QStringLiteral("backing"));
         ASSERT_TRUE(QDir().mkpath(backing));
         const QString source = dir.filePath(QStringLiteral("src.dat"));
-        ASSERT_TRUE(writeFile(source, data));
+        ASSERT_TRUE(writeWholeFile(source, data));
         const QString mountPoint = dir.filePath(QStringLiteral("mnt"));
         const QString destination = mountPoint + QStringLiteral("/copy.dat");
         {
@@ -166,7 +159,7 @@ TEST(FailingDestination, IsReportedKeptAndContinuedNeverSkipped)
 
         // What arrived is the source's, byte for byte (blocks read ahead are written in runs of a few MiB,
         // so it may end well before the failure); the record points no further than that.
-        const QByteArray partial = readFile(backing + QStringLiteral("/copy.dat"));
+        const QByteArray partial = readWholeFile(backing + QStringLiteral("/copy.dat"));
         EXPECT_EQ(partial, data.first(partial.size()));
         if (qstrcmp(row.mode, "write") == 0) {
             EXPECT_LE(partial.size(), row.limit);
@@ -182,7 +175,7 @@ TEST(FailingDestination, IsReportedKeptAndContinuedNeverSkipped)
         const ToolRun r = copyTool({QStringLiteral("-e"), QStringLiteral("continue"), source, destination});
         EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
         healed.unmount();
-        EXPECT_TRUE(readFile(backing + QStringLiteral("/copy.dat")) == data);
+        EXPECT_TRUE(readWholeFile(backing + QStringLiteral("/copy.dat")) == data);
         EXPECT_TRUE(resumeRecord(destination).isEmpty());
     }
 }

@@ -2,6 +2,7 @@
 #include "copy/RescueMap.h"
 #include "copy/RescueMapStore.h"
 #include "copy/RescueMessages.h"
+#include "copy_store/WholeFile.h"
 #include "fakes/MemoryRescueMapStore.h"
 
 #include <QDir>
@@ -13,6 +14,8 @@
 #include <gtest/gtest.h>
 
 using namespace vindaro::copy;
+using vindaro::testing::readWholeFile;
+using vindaro::testing::writeWholeFile;
 
 namespace {
 
@@ -33,18 +36,6 @@ MapfileHeader ourHeader()
     MapfileHeader header;
     header.creator = QStringLiteral("Vindaro 2.0.0");
     return header;
-}
-
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeAll(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
 TEST(Mapfile, WrittenMapsReadBackAsTheSameMap)
@@ -165,11 +156,11 @@ TEST(RescueMapStore, KeepsOneMapPerDestinationAsTheMemoryFakeDoes)
     // map and left as it is until the next save replaces it.
     RescueMap loaded;
     EXPECT_TRUE(FileRescueMapStore(QString(), file.folder()).load(QStringLiteral("/out/./b.dat"), loaded));
-    EXPECT_TRUE(readAll(file.pathFor(b)).contains("# Destination: /out/b.dat\n"));
+    EXPECT_TRUE(readWholeFile(file.pathFor(b)).contains("# Destination: /out/b.dat\n"));
     EXPECT_FALSE(QFile::exists(file.pathFor(a)));
-    ASSERT_TRUE(writeAll(file.pathFor(b), "0 ?\n0 10 +\n5 5 -\n"));
+    ASSERT_TRUE(writeWholeFile(file.pathFor(b), "0 ?\n0 10 +\n5 5 -\n"));
     EXPECT_FALSE(file.load(b, loaded));
-    EXPECT_EQ(readAll(file.pathFor(b)), QByteArray("0 ?\n0 10 +\n5 5 -\n"));
+    EXPECT_EQ(readWholeFile(file.pathFor(b)), QByteArray("0 ?\n0 10 +\n5 5 -\n"));
     ASSERT_TRUE(file.save(b, RescueMap(100)));
     EXPECT_TRUE(file.load(b, loaded));
 }
@@ -178,7 +169,7 @@ TEST(RescueMapStore, AFolderThatCannotBeMadeFailsTheSaveAndSaysWhy)
 {
     QTemporaryDir dir;
     const QString folder = dir.filePath(QStringLiteral("maps"));
-    ASSERT_TRUE(writeAll(folder, "a file where the folder should be"));
+    ASSERT_TRUE(writeWholeFile(folder, "a file where the folder should be"));
     FileRescueMapStore store(QStringLiteral("Vindaro 2.0.0"), folder);
     EXPECT_FALSE(store.save(dir.filePath(QStringLiteral("a.dat")), RescueMap(10)));
     EXPECT_TRUE(store.errorString().contains(folder));
@@ -201,7 +192,7 @@ TEST(Mapfile, DdrescueGoesOnFromOurMapAndWeReadItsMap)
     QByteArray bytes(256 * 1024, '\0');
     for (int i = 0; i < bytes.size(); ++i)
         bytes[i] = char((i * 7 + i / 251) | 1); // never 0, so a byte left unwritten shows
-    ASSERT_TRUE(writeAll(source, bytes));
+    ASSERT_TRUE(writeWholeFile(source, bytes));
 
     // We copied [0, 64 KiB) and [192 KiB, 256 KiB): ddrescue must read only the middle.
     RescueMap ours(bytes.size(), RescueState::Copied);
@@ -214,7 +205,7 @@ TEST(Mapfile, DdrescueGoesOnFromOurMapAndWeReadItsMap)
     ASSERT_EQ(run.exitCode(), 0) << run.readAllStandardError().constData();
 
     // It wrote the middle only: nothing before it, and the file ends where the middle does.
-    const QByteArray copied = readAll(copy);
+    const QByteArray copied = readWholeFile(copy);
     ASSERT_EQ(copied.size(), 192 * 1024);
     EXPECT_EQ(copied.mid(64 * 1024), bytes.mid(64 * 1024, 128 * 1024));
     EXPECT_EQ(copied.left(64 * 1024), QByteArray(64 * 1024, '\0')) << "ddrescue read what we had copied";

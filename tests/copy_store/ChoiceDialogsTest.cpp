@@ -1,5 +1,6 @@
 // The choice dialogs' wiring: every way out answers its code, and the new-name field takes only a usable
 // name. Their captions are checked with the other copy windows' (tests/copy_batch_ui/CopyWindowTextsTest).
+#include "WholeFile.h"
 #include "copy/ui/BatchExistingFileDialog.h"
 #include "copy/ui/ContinueCopyDialog.h"
 #include "copy/ui/ExistingFileDialog.h"
@@ -17,16 +18,11 @@
 #include <functional>
 
 using namespace vindaro::copy;
+using vindaro::testing::writeWholeFile;
 
 namespace {
 
 constexpr int kNotAnswered = -99; // the scripted action found nothing to do and closed the dialog itself
-
-bool writeFile(const QString& path, qsizetype bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(QByteArray(bytes, 'v')) == bytes;
-}
 
 // Runs `action` once the modal loop of ask() is running, and answers what ask() returned. An action that
 // cannot do its part ends the dialog with kNotAnswered, so a broken dialog fails instead of hanging.
@@ -53,8 +49,8 @@ class ChoiceDialogs : public ::testing::Test
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(writeFile(source(), 100));
-        ASSERT_TRUE(writeFile(destination(), 50));
+        ASSERT_TRUE(writeWholeFile(source(), QByteArray(100, 'v')));
+        ASSERT_TRUE(writeWholeFile(destination(), QByteArray(50, 'v')));
     }
     QString source() const { return m_dir.filePath(QStringLiteral("src.dat")); }
     QString destination() const { return m_dir.filePath(QStringLiteral("dest.dat")); }
@@ -139,7 +135,7 @@ TEST_F(ChoiceDialogs, ANewNameIsProposedAndTheTypedOneTaken)
     EXPECT_EQ(dialog.NewName(), QStringLiteral("N[01]dest.datx"));
 
     // A taken proposal moves on to the next number.
-    ASSERT_TRUE(writeFile(m_dir.filePath(QStringLiteral("N[01]dest.dat")), 1));
+    ASSERT_TRUE(writeWholeFile(m_dir.filePath(QStringLiteral("N[01]dest.dat")), QByteArray(1, 'v')));
     EXPECT_EQ(proposedNewName(destination()), QStringLiteral("N[02]dest.dat"));
     EXPECT_TRUE(newNameProblem(QStringLiteral("视频.dat"), m_dir.path()).isEmpty());
 }

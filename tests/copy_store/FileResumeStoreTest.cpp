@@ -1,4 +1,5 @@
 #include "copy/FileResumeStore.h"
+#include "WholeFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,6 +14,8 @@
 
 using vindaro::copy::FileResumeStore;
 using vindaro::copy::ResumeRecord;
+using vindaro::testing::readWholeFile;
+using vindaro::testing::writeWholeFile;
 
 namespace {
 
@@ -27,19 +30,6 @@ ResumeRecord record(qint64 continuePosition)
     r.elapsedSeconds = 12;
     r.speedKBps = 2048;
     return r;
-}
-
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeAll(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly)
-        && file.write(bytes) == bytes.size();
 }
 
 class FileResumeStoreTest : public ::testing::Test
@@ -124,7 +114,7 @@ TEST_F(FileResumeStoreTest, AnUnchangedStoreIsReadOnceAndAChangedOneAgain)
     EXPECT_TRUE(reader.load(QStringLiteral("/out/a.dat"), loaded));
     EXPECT_EQ(reader.fileReads(), 3);
 
-    ASSERT_TRUE(writeAll(storePath(), "{}")); // rewritten in place by someone else
+    ASSERT_TRUE(writeWholeFile(storePath(), "{}")); // rewritten in place by someone else
     EXPECT_FALSE(reader.load(QStringLiteral("/out/a.dat"), loaded));
     ASSERT_TRUE(QFile::remove(storePath()));
     EXPECT_FALSE(reader.load(QStringLiteral("/out/a.dat"), loaded));
@@ -138,7 +128,7 @@ TEST_F(FileResumeStoreTest, AnUnchangedStoreIsReadOnceAndAChangedOneAgain)
 TEST_F(FileResumeStoreTest, ADamagedStoreReadsAsEmptyAndTheNextSaveKeepsACopyAside)
 {
     ASSERT_TRUE(store().save(QStringLiteral("/out/a.dat"), record(5'000'000'000)));
-    const QByteArray whole = readAll(storePath());
+    const QByteArray whole = readWholeFile(storePath());
     const QByteArray damages[]
         = {"", "garbage\x01\xff", "{\"format\": \"vindaro-resume\", \"version\": 1, \"records\": {\"/a\": {",
             "[1, 2, 3]", "{\"format\": \"other\", \"version\": 1, \"records\": {}}",
@@ -147,15 +137,16 @@ TEST_F(FileResumeStoreTest, ADamagedStoreReadsAsEmptyAndTheNextSaveKeepsACopyAsi
             whole.left(whole.size() / 2), whole.left(whole.size() - 2)};
     for (const QByteArray& damaged : damages) {
         SCOPED_TRACE(damaged.toStdString());
-        ASSERT_TRUE(writeAll(storePath(), damaged));
+        ASSERT_TRUE(writeWholeFile(storePath(), damaged));
         FileResumeStore s = store();
         ResumeRecord loaded;
         EXPECT_FALSE(s.load(QStringLiteral("/out/a.dat"), loaded));
         s.remove(QStringLiteral("/out/a.dat"));
-        EXPECT_EQ(readAll(storePath()), damaged) << "reading or removing must not touch a damaged store";
+        EXPECT_EQ(readWholeFile(storePath()), damaged)
+            << "reading or removing must not touch a damaged store";
 
         ASSERT_TRUE(s.save(QStringLiteral("/out/b.dat"), record(42))) << s.errorString().toStdString();
-        EXPECT_EQ(readAll(s.damagedCopyPath()), damaged);
+        EXPECT_EQ(readWholeFile(s.damagedCopyPath()), damaged);
         ASSERT_TRUE(store().load(QStringLiteral("/out/b.dat"), loaded));
         EXPECT_EQ(loaded, record(42));
     }
@@ -183,7 +174,7 @@ TEST_F(FileResumeStoreTest, AnOlderRecordIsAPlainCopysAndOneThatMakesNoSenseIsLo
             merge.insert(field, value);
         QJsonObject records{{QStringLiteral("/out/old.dat"), QJsonDocument::fromJson(older).object()},
             {QStringLiteral("/out/merge.dat"), merge}};
-        ASSERT_TRUE(writeAll(storePath(),
+        ASSERT_TRUE(writeWholeFile(storePath(),
             QJsonDocument(QJsonObject{{QStringLiteral("format"), QStringLiteral("vindaro-resume")},
                               {QStringLiteral("version"), 1}, {QStringLiteral("records"), records}})
                 .toJson()));
@@ -207,7 +198,7 @@ TEST_F(FileResumeStoreTest, RecordsExpireAfterTheAgeLimitAndAreDroppedAtTheNextS
     EXPECT_FALSE(store(later).load(QStringLiteral("/out/old.dat"), loaded));
 
     ASSERT_TRUE(store(later).save(QStringLiteral("/out/new.dat"), record(2)));
-    EXPECT_FALSE(readAll(storePath()).contains("/out/old.dat"));
+    EXPECT_FALSE(readWholeFile(storePath()).contains("/out/old.dat"));
     EXPECT_TRUE(store(later).load(QStringLiteral("/out/new.dat"), loaded));
 }
 
@@ -245,7 +236,7 @@ private:
 TEST_F(FileResumeStoreTest, AStoreThatCannotBeWrittenLeavesWhatWasThere)
 {
     ASSERT_TRUE(store().save(QStringLiteral("/out/a.dat"), record(100)));
-    const QByteArray before = readAll(storePath());
+    const QByteArray before = readWholeFile(storePath());
     bool saved = true;
     {
         FileSizeLimit limit(rlim_t(before.size() + 10)); // the store with two records is bigger
@@ -254,7 +245,7 @@ TEST_F(FileResumeStoreTest, AStoreThatCannotBeWrittenLeavesWhatWasThere)
         saved = store().save(QStringLiteral("/out/b.dat"), record(200));
     }
     EXPECT_FALSE(saved);
-    EXPECT_EQ(readAll(storePath()), before);
+    EXPECT_EQ(readWholeFile(storePath()), before);
     const QStringList left = QDir(QFileInfo(storePath()).path()).entryList(QDir::Files);
     EXPECT_EQ(left, QStringList{QStringLiteral("resume.json")}) << "no half-written temporary file is left";
     ResumeRecord loaded;
@@ -263,11 +254,11 @@ TEST_F(FileResumeStoreTest, AStoreThatCannotBeWrittenLeavesWhatWasThere)
     EXPECT_FALSE(store().load(QStringLiteral("/out/b.dat"), loaded));
 
     const QString blocker = m_dir.filePath(QStringLiteral("blocker"));
-    ASSERT_TRUE(writeAll(blocker, "x"));
+    ASSERT_TRUE(writeWholeFile(blocker, "x"));
     FileResumeStore blocked(blocker + QStringLiteral("/vindaro/resume.json"), [] { return kNow; });
     EXPECT_FALSE(blocked.save(QStringLiteral("/out/a.dat"), record(1)));
     EXPECT_FALSE(blocked.errorString().isEmpty());
-    EXPECT_EQ(readAll(blocker), QByteArray("x"));
+    EXPECT_EQ(readWholeFile(blocker), QByteArray("x"));
 }
 
 TEST(FileResumeStorePath, FollowsXdgStateHomeElseTheHomeFolder)
