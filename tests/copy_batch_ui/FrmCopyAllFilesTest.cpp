@@ -73,8 +73,8 @@ struct Rig
 {
     vindaro::testing::MemoryFileLayer files;
     vindaro::testing::MemoryResumeStore store;
-    vindaro::testing::FakeVolumes
-        volumes; // /media/cdrom a ready optical drive, the rest a disk with room to spare
+    // /media/cdrom a ready optical drive, the rest a disk with room to spare.
+    vindaro::testing::FakeVolumes volumes;
     copy::VolumeDriveFacts drives{volumes};
     ScriptedPrompts prompts;
     QStringList logged;
