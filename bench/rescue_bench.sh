@@ -6,7 +6,7 @@
 # bytes recovered of the readable bytes, wrong bytes (neither the disc's byte nor 0), wall time.
 #   bench/rescue_bench.sh [BUILD_DIR] [SIZE_MIB] [DELAY_MS] [SEED]
 # Needs the build's vindaro-copy and damaged_disc_fs (cmake --build BUILD_DIR --target vindaro-copy
-# damaged_disc_fs), FUSE, and GNU ddrescue for its rows (apt-get install -y --no-install-recommends gddrescue).
+# damaged_disc_fs; rescue_map_bench too for the map's own figures at the end), FUSE, and GNU ddrescue for its rows (apt-get install -y --no-install-recommends gddrescue).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build_dir=${1:-build}
@@ -118,6 +118,6 @@ if [ -n "$refine" ] && [ -n "$reference" ]; then
     "$(echo "$rf / $df" | bc -l)" "$(echo "$rs / $ds" | bc -l)"
 fi
 
-map_bench="$build_dir/tests/copy_rescue/rescue_map_bench"
+map_bench="$build_dir/bench/copy/rescue_map_bench"
 [ -x "$map_bench" ] && echo && "$map_bench"
 exit 0

@@ -9,20 +9,8 @@ using vindaro::copy::CopyAnimation;
 
 namespace {
 
-QImage still(CopyAnimation& animation, qreal devicePixelRatio)
-{
-    QImage image(animation.size() * devicePixelRatio, QImage::Format_ARGB32);
-    image.setDevicePixelRatio(devicePixelRatio);
-    image.fill(Qt::black);
-    animation.render(&image);
-    return image;
-}
-
-QColor pixelAt(const QImage& image, QPointF widgetPoint)
-{
-    return image.pixelColor((widgetPoint * image.devicePixelRatio()).toPoint());
-}
-
+// Started, the sheet flies from folder to folder again and again until stopped: the phase comes back down
+// after reaching the far folder.
 TEST(CopyAnimation, LoopsUntilStopped)
 {
     CopyAnimation animation;
@@ -30,8 +18,6 @@ TEST(CopyAnimation, LoopsUntilStopped)
     animation.show();
     EXPECT_FALSE(animation.isRunning());
     animation.start();
-    EXPECT_TRUE(animation.isRunning());
-    // More than one flight: the phase comes back down after reaching the far folder.
     qreal highest = 0;
     bool wrapped = false;
     EXPECT_TRUE(QTest::qWaitFor(
@@ -48,27 +34,31 @@ TEST(CopyAnimation, LoopsUntilStopped)
     EXPECT_EQ(animation.phase(), 0);
 }
 
-// Mid-flight the sheet is drawn where sheetRect() says, at 1x and 2x alike; stopped, only the folders.
+// Mid-flight the sheet is drawn where sheetRect() says, at 1x and 2x alike, rising on its way; at the start
+// of a flight it is hidden in the folder; stopped, only the folders show.
 TEST(CopyAnimation, DrawsTheSheetInFlightAtBothPixelRatios)
 {
     CopyAnimation animation;
     animation.resize(CopyAnimation::kDesignWidth * 3 / 2, CopyAnimation::kDesignHeight * 3 / 2);
     const QRectF sheet = animation.sheetRect(0.5);
     EXPECT_NEAR(sheet.center().x(), animation.width() / 2.0, 1.0);
+    EXPECT_LT(sheet.bottom(), animation.sheetRect(0).top());
     const QPointF margin(sheet.left() + sheet.width() / 10, sheet.center().y()); // left of the text lines
-    EXPECT_LT(animation.sheetRect(0.5).bottom(), animation.sheetRect(0).top()); // it rises on the way
-
-    for (qreal ratio : {1.0, 2.0}) {
+    for (const qreal ratio : {1.0, 2.0}) {
+        const auto isWhiteAt = [&](QPointF point) {
+            QImage image(animation.size() * ratio, QImage::Format_ARGB32);
+            image.setDevicePixelRatio(ratio);
+            image.fill(Qt::black);
+            animation.render(&image);
+            return image.pixelColor((point * ratio).toPoint()) == QColor(Qt::white);
+        };
         animation.stop();
-        EXPECT_NE(pixelAt(still(animation, ratio), margin), QColor(Qt::white)) << ratio;
+        EXPECT_FALSE(isWhiteAt(margin)) << ratio;
         animation.start();
         animation.setPhase(0.5);
-        const QImage image = still(animation, ratio);
-        EXPECT_EQ(pixelAt(image, margin), QColor(Qt::white)) << ratio;
-        // The sheet is hidden in the folder at the start of a flight.
+        EXPECT_TRUE(isWhiteAt(margin)) << ratio;
         animation.setPhase(0);
-        EXPECT_NE(pixelAt(still(animation, ratio), animation.sheetRect(0).center()), QColor(Qt::white))
-            << ratio;
+        EXPECT_FALSE(isWhiteAt(animation.sheetRect(0).center())) << ratio;
     }
     animation.stop();
 }

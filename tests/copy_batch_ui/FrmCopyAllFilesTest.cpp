@@ -1,15 +1,18 @@
+// The batch window's wiring: the batch runs on the worker thread, its questions, log entries, files and
+// figures reach the window, cancel and close act one tick later, and the window goes when the batch does.
+// What the batch does with each file is the engine's, tested with it.
 #include "copy/ui/FrmCopyAllFiles.h"
 #include "copy/ThreadedCopyHost.h"
+#include "copy/VolumeDriveFacts.h"
 #include "copy/ui/CopyAnimation.h"
+#include "copy_ui/HangingReads.h"
 #include "fakes/FakeCopyHost.h"
-#include "fakes/MemoryFileLayer.h"
-#include "platform/Volumes.h"
+#include "fakes/FakeVolumes.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QPushButton>
-#include <QSemaphore>
 #include <QSignalSpy>
-#include <QTest>
 #include <QThread>
 #include <QTimer>
 
@@ -21,8 +24,7 @@
 
 using namespace vindaro;
 using copy::FrmCopyAllFiles;
-using vindaro::testing::MemoryFileLayer;
-using vindaro::testing::MemoryResumeStore;
+using vindaro::testing::HangingReads;
 using vindaro::testing::positionBytes;
 
 namespace {
@@ -40,9 +42,8 @@ public:
     QString folder = QStringLiteral("/home/u/out");
     bool sameDir = true;
     QList<platform::MessageBox> boxes;
-    QList<copy::BatchExistingChoice>
-        batchAnswers; // answers of the batch existing-file dialog; EndBatch when out
-    QStringList asked; // "folder", "continue", "existing:<destination>"
+    QList<copy::BatchExistingChoice> batchAnswers; // EndBatch when out
+    int existingAsked = 0;
     std::function<void()> whileAskingExisting; // runs inside the existing-file question
 
     int showBox(const platform::MessageBox& box, QWidget*) override
@@ -52,69 +53,29 @@ public:
     }
     QString chooseFolder(bool& copyToSameDir, QWidget*) override
     {
-        asked << QStringLiteral("folder");
         copyToSameDir = sameDir;
         return folder;
     }
     copy::ContinueChoice askContinueCopy(const QString&, const QString&, QWidget*) override
     {
-        asked << QStringLiteral("continue");
         return copy::ContinueChoice::GiveUp;
     }
-    copy::BatchExistingChoice askBatchExistingFile(
-        const QString&, const QString& destination, QWidget*) override
+    copy::BatchExistingChoice askBatchExistingFile(const QString&, const QString&, QWidget*) override
     {
-        asked << QStringLiteral("existing:") + destination;
+        ++existingAsked;
         if (whileAskingExisting)
             whileAskingExisting();
         return batchAnswers.isEmpty() ? copy::BatchExistingChoice::EndBatch : batchAnswers.takeFirst();
     }
 };
 
-// /media/cdrom is a ready optical drive; everything else a fixed drive with room to spare.
-class Drives final : public copy::DriveFacts
-{
-public:
-    int driveType(const QString& path) override
-    {
-        return path.startsWith(QLatin1String("/media/cdrom")) ? platform::kDriveCdRom : platform::kDriveFixed;
-    }
-    double freeBytes(const QString&) override { return 1e12; }
-    bool driveIsReady(const QString&) override { return true; }
-    QString driveName(const QString& path) override
-    {
-        return path.startsWith(QLatin1String("/media/cdrom")) ? QStringLiteral("/media/cdrom")
-                                                              : QStringLiteral("/");
-    }
-    bool isFloppy(const QString&) override { return false; }
-};
-
-// Reads of chosen files at one offset hang until the test lets each go, as a scratched sector can.
-struct HangingReads
-{
-    QSemaphore entered;
-    QSemaphore release;
-
-    void install(MemoryFileLayer& files, QStringList paths, qint64 offset)
-    {
-        files.setReadHook([this, paths, offset](const QString& path, qint64 at, qint64) {
-            if (at == offset && paths.contains(path)) {
-                entered.release();
-                release.acquire();
-            }
-        });
-    }
-    bool waitEntered()
-    {
-        return QTest::qWaitFor([this] { return entered.tryAcquire(); }, kWaitMs);
-    }
-};
-
 struct Rig
 {
-    MemoryFileLayer files;
-    MemoryResumeStore store;
-    Drives drives;
+    vindaro::testing::MemoryFileLayer files;
+    vindaro::testing::MemoryResumeStore store;
+    // /media/cdrom a ready optical drive, the rest a disk with room to spare.
+    vindaro::testing::FakeVolumes volumes;
+    copy::VolumeDriveFacts drives{volumes};
     ScriptedPrompts prompts;
     QStringList logged;
     QTime clock{10, 0, 0};
@@ -123,6 +84,12 @@ struct Rig
         [this](const QString& entry) { logged << entry; }, [this] { return clock; }, 3600 * 1000}};
     QSignalSpy finished{&frm, &FrmCopyAllFiles::batchFinished};
 
+    Rig()
+    {
+        volumes.add(QStringLiteral("/"), platform::kDriveFixed, QStringLiteral("/dev/sda1"));
+        volumes.add(QStringLiteral("/media/cdrom"), platform::kDriveCdRom, QStringLiteral("/dev/sr0"));
+        volumes.spaces.insert(QStringLiteral("/"), platform::VolumeSpace{quint64(1) << 40, quint64(1) << 40});
+    }
     QString text(const char* name)
     {
         auto* label = frm.findChild<QLabel*>(QLatin1String(name));
@@ -135,48 +102,43 @@ struct Rig
         clock = QTime(10, 0, second);
         frm.tmrTimeTimer();
     }
+    bool waitCopied(const QString& copied)
+    {
+        return QTest::qWaitFor([&] { return text("lblYiFuZhi") == copied; }, kWaitMs);
+    }
 };
 
-// Three files and an entry that no longer exists: the files arrive whole (an empty one too), a source
-// that cannot be opened is logged and the batch goes on, and the window closes itself at the end.
+// Every listed file is copied, an entry that cannot be opened reaches the log and the batch goes on, the last
+// file stays shown, and the window closes itself at the end with its timers and animation stopped.
 TEST(FrmCopyAllFiles, CopiesEveryListedFileAndCloses)
 {
     Rig rig;
     const QString locked = QStringLiteral("/media/cdrom/MPEGAV/LOCKED.DAT");
     rig.files.put(kA, positionBytes(3 * kStep + 17));
-    rig.files.put(kB, positionBytes(kStep / 2));
     rig.files.put(kC, QByteArray());
     rig.files.put(locked, positionBytes(100));
     rig.files.faults(locked).openReadErrno = EACCES;
 
-    ASSERT_TRUE(rig.frm.CopyingFiles({kA, QStringLiteral("/media/cdrom/gone.dat"), locked, kB, kC}));
+    ASSERT_TRUE(rig.frm.CopyingFiles({kA, locked, kC}));
     EXPECT_TRUE(rig.frm.isRunning());
     EXPECT_FALSE(rig.frm.CopyingFiles({kA})); // one batch per window
     ASSERT_TRUE(rig.waitFinished());
 
     EXPECT_EQ(rig.files.bytes(kOut + QStringLiteral("AVSEQ01.DAT")), positionBytes(3 * kStep + 17));
-    EXPECT_EQ(rig.files.bytes(kOut + QStringLiteral("AVSEQ02.DAT")), positionBytes(kStep / 2));
     EXPECT_TRUE(rig.files.contains(kOut + QStringLiteral("ITEM0001.DAT")));
-    const copy::BatchResult& r = rig.frm.result();
-    EXPECT_TRUE(r.started);
-    EXPECT_EQ(r.files, 4);
-    EXPECT_EQ(r.finished, 3);
-    EXPECT_EQ(r.failed, 1);
+    EXPECT_EQ(rig.frm.result().finished, 2);
+    EXPECT_EQ(rig.frm.result().failed, 1);
     ASSERT_EQ(rig.logged.size(), 1);
-    EXPECT_TRUE(
-        rig.logged[0].startsWith(QStringLiteral("复制文件“") + locked + QStringLiteral("”时遇到错误。")));
-    EXPECT_TRUE(rig.logged[0].endsWith(QStringLiteral("错误原因：共享冲突,源文件或目标文件可能正在使用。")));
-    EXPECT_EQ(rig.frm.counters().copiedBytes, 3 * kStep + 17 + kStep / 2 + 100); // a failed file counts too
+    EXPECT_TRUE(rig.logged[0].contains(locked));
 
     EXPECT_TRUE(rig.frm.isFinished());
     EXPECT_FALSE(rig.frm.isRunning());
     EXPECT_FALSE(rig.frm.isVisible());
     EXPECT_FALSE(rig.frm.animation().isRunning());
     EXPECT_FALSE(rig.frm.findChild<QTimer*>(QStringLiteral("tmrTime"))->isActive());
-    EXPECT_EQ(rig.text("lblSurFilePath"), QStringLiteral("从“") + kC + QStringLiteral("”"));
-    EXPECT_EQ(rig.text("lblDecFilePath"), QStringLiteral("到“") + kOut + QStringLiteral("ITEM0001.DAT”"));
-    EXPECT_EQ(rig.text("lblTotalFiles"), QStringLiteral("4/4 ]"));
-    EXPECT_EQ(rig.text("lblTotalLength"), QStringLiteral("[ 总共：140 KB")); // 143,477 bytes
+    EXPECT_TRUE(rig.text("lblSurFilePath").contains(kC));
+    EXPECT_TRUE(rig.text("lblDecFilePath").contains(kOut + QStringLiteral("ITEM0001.DAT")));
+    EXPECT_TRUE(rig.text("lblTotalFiles").startsWith(QStringLiteral("3/3")));
 }
 
 // While a read hangs, the window shows the file in hand and the copied bytes of the whole batch, its
@@ -194,14 +156,10 @@ TEST(FrmCopyAllFiles, ShowsBatchFiguresOverTwoFilesWhileReadsHang)
     ASSERT_TRUE(rig.frm.CopyingFiles({kA, kB}));
 
     ASSERT_TRUE(hang.waitEntered());
-    EXPECT_TRUE(
-        QTest::qWaitFor([&] { return rig.text("lblYiFuZhi") == QStringLiteral("40,961字节"); }, kWaitMs))
-        << rig.text("lblYiFuZhi").toStdString();
-    EXPECT_EQ(rig.text("lblSurFilePath"), QStringLiteral("从“") + kA + QStringLiteral("”"));
-    EXPECT_EQ(
-        rig.text("lblDecFilePath"), QStringLiteral("到“") + kOut + QStringLiteral("MPEGAV/AVSEQ01.DAT”"));
-    EXPECT_EQ(rig.text("lblTotalFiles"), QStringLiteral("1/2 ]"));
-    EXPECT_EQ(rig.text("lblTotalLength"), QStringLiteral("[ 总共：240 KB"));
+    EXPECT_TRUE(rig.waitCopied(QStringLiteral("40,961字节"))) << rig.text("lblYiFuZhi").toStdString();
+    EXPECT_TRUE(rig.text("lblSurFilePath").contains(kA));
+    EXPECT_TRUE(rig.text("lblDecFilePath").contains(kOut + QStringLiteral("MPEGAV/AVSEQ01.DAT")));
+    EXPECT_TRUE(rig.text("lblTotalFiles").startsWith(QStringLiteral("1/2")));
     EXPECT_TRUE(rig.frm.isVisible());
     EXPECT_TRUE(rig.frm.animation().isRunning());
     const qreal phase = rig.frm.animation().phase();
@@ -215,11 +173,9 @@ TEST(FrmCopyAllFiles, ShowsBatchFiguresOverTwoFilesWhileReadsHang)
 
     hang.release.release();
     ASSERT_TRUE(hang.waitEntered()); // the second file, at its third block
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] { return rig.text("lblYiFuZhi") == QStringLiteral("163,842字节"); }, kWaitMs)) // 122,881 + 40,961
+    EXPECT_TRUE(rig.waitCopied(QStringLiteral("163,842字节"))) // 122,881 + 40,961
         << rig.text("lblYiFuZhi").toStdString();
-    EXPECT_EQ(rig.text("lblTotalFiles"), QStringLiteral("2/2 ]"));
-    EXPECT_EQ(rig.frm.counters().finishedSeconds, 3);
+    EXPECT_TRUE(rig.text("lblTotalFiles").startsWith(QStringLiteral("2/2")));
     rig.tick(5); // two seconds into the second file
     EXPECT_EQ(rig.text("lblZongJiHaoShi"), QStringLiteral("00:00:05"));
     EXPECT_EQ(rig.text("lblShuJuLiuLiang"), QStringLiteral("32KB/秒")); // 163,842 / 1024 / 5
@@ -227,48 +183,61 @@ TEST(FrmCopyAllFiles, ShowsBatchFiguresOverTwoFilesWhileReadsHang)
 
     hang.release.release();
     ASSERT_TRUE(rig.waitFinished());
-    EXPECT_EQ(rig.files.bytes(kOut + QStringLiteral("MPEGAV/AVSEQ02.DAT")), positionBytes(kLength));
     EXPECT_FALSE(rig.frm.animation().isRunning());
     EXPECT_FALSE(rig.frm.isVisible());
 }
 
-// Cancel acts one tick later, between blocks: the click itself changes no flag. The file in hand keeps
-// what was copied and gets a resume record; the files after it are not started.
-TEST(FrmCopyAllFiles, CancelActsAtTheStopTickAndKeepsThePartialFile)
+// Cancel, and closing the window while files are copied, act one tick later, between blocks: the click
+// itself changes no flag and the window stays. Made in the middle of a file, the file keeps what was copied
+// with a resume record; made in its last block, the file is complete and has none. Either way the files
+// after it are never created, and nothing is asked.
+TEST(FrmCopyAllFiles, CancelAndCloseActAtTheStopTickAndEndTheBatchAtTheFileInHand)
 {
-    Rig rig;
-    rig.files.put(kA, positionBytes(5 * kStep + 1));
-    rig.files.put(kB, positionBytes(kStep));
-    HangingReads hang;
-    hang.install(rig.files, {kA}, 2 * kStep);
-    ASSERT_TRUE(rig.frm.CopyingFiles({kA, kB}));
-    ASSERT_TRUE(hang.waitEntered());
+    const struct
+    {
+        bool byClose;
+        qint64 lengthA; // the read of the third block hangs: the middle or the last block
+        bool record;
+    } rows[] = {{false, 5 * kStep + 1, true}, {true, 3 * kStep + 1, false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.byClose ? "close" : "cancel");
+        Rig rig;
+        rig.files.put(kA, positionBytes(row.lengthA));
+        rig.files.put(kB, positionBytes(kStep));
+        HangingReads hang;
+        hang.install(rig.files, {kA}, 2 * kStep);
+        ASSERT_TRUE(rig.frm.CopyingFiles({kA, kB}));
+        ASSERT_TRUE(hang.waitEntered());
 
-    auto* cancel = rig.frm.findChild<QPushButton*>(QStringLiteral("cmdCancel"));
-    ASSERT_NE(cancel, nullptr);
-    QTest::mouseClick(cancel, Qt::LeftButton);
-    EXPECT_FALSE(rig.frm.copyState().stopRequested);
-    EXPECT_FALSE(rig.frm.copyState().cancelRequested);
-    EXPECT_TRUE(rig.frm.findChild<QTimer*>(QStringLiteral("tmrStop"))->isActive());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return rig.frm.copyState().cancelRequested.load(); }, kWaitMs));
-    EXPECT_TRUE(rig.frm.copyState().stopRequested);
-    EXPECT_FALSE(rig.frm.findChild<QTimer*>(QStringLiteral("tmrStop"))->isActive()); // one tick only
+        auto* stopTick = rig.frm.findChild<QTimer*>(QStringLiteral("tmrStop"));
+        if (row.byClose)
+            EXPECT_FALSE(rig.frm.close()); // refused, and taken as a cancel
+        else
+            QTest::mouseClick(rig.frm.findChild<QPushButton*>(QStringLiteral("cmdCancel")), Qt::LeftButton);
+        EXPECT_FALSE(rig.frm.copyState().stopRequested);
+        EXPECT_FALSE(rig.frm.copyState().cancelRequested);
+        EXPECT_TRUE(stopTick->isActive());
+        EXPECT_TRUE(rig.frm.isVisible());
+        EXPECT_TRUE(QTest::qWaitFor([&] { return rig.frm.copyState().cancelRequested.load(); }, kWaitMs));
+        EXPECT_TRUE(rig.frm.copyState().stopRequested);
+        EXPECT_FALSE(stopTick->isActive()); // one tick only
 
-    hang.release.release(); // the hanging block is finished, then the loop leaves
-    ASSERT_TRUE(rig.waitFinished());
-    const QString destination = kOut + QStringLiteral("AVSEQ01.DAT");
-    EXPECT_EQ(rig.files.bytes(destination), positionBytes(3 * kStep + 1));
-    ASSERT_TRUE(rig.store.records.contains(destination));
-    EXPECT_EQ(rig.store.records[destination].continuePosition, 3 * kStep + 1);
-    EXPECT_FALSE(rig.files.contains(kOut + QStringLiteral("AVSEQ02.DAT")));
-    EXPECT_TRUE(rig.frm.result().cancelled);
-    EXPECT_FALSE(rig.frm.isVisible());
-    EXPECT_TRUE(rig.prompts.boxes.isEmpty()); // a batch cancel asks nothing
+        hang.release.release(); // the hanging block is finished, then the loop leaves
+        ASSERT_TRUE(rig.waitFinished());
+        const QString destination = kOut + QStringLiteral("AVSEQ01.DAT");
+        EXPECT_EQ(rig.files.bytes(destination), positionBytes(3 * kStep + 1));
+        EXPECT_EQ(rig.store.records.contains(destination), row.record);
+        EXPECT_FALSE(rig.files.contains(kOut + QStringLiteral("AVSEQ02.DAT")));
+        EXPECT_TRUE(rig.frm.result().cancelled);
+        EXPECT_FALSE(rig.frm.isVisible());
+        EXPECT_TRUE(rig.prompts.boxes.isEmpty());
+    }
 }
 
-// A cancel whose stop tick fires while the existing-file question is open ends the batch at that file.
-// When the answer leaves the file alone, nothing of it was copied: it gets no resume record, even though
-// the file before it stopped half-way and left its position behind.
+// The existing-file question reaches the prompts on the UI thread and its answer comes back. A cancel whose
+// stop tick fires while the question is open ends the batch at that file; when the answer leaves the file
+// alone, nothing of it was copied: it gets no resume record, even though the file before it stopped
+// half-way and left its position behind.
 TEST(FrmCopyAllFiles, CancelDuringAQuestionLeavesNoRecordForAFileNotCopied)
 {
     Rig rig;
@@ -281,49 +250,25 @@ TEST(FrmCopyAllFiles, CancelDuringAQuestionLeavesNoRecordForAFileNotCopied)
     rig.files.faults(destinationA).writeErrno = EACCES; // logged; the batch goes on with the next file
     rig.files.put(destinationB, QByteArray(kStep, 'b')); // the same length: "keep both" skips it
     rig.prompts.batchAnswers = {copy::BatchExistingChoice::Overwrite, copy::BatchExistingChoice::KeepBoth};
-    auto* cancel = rig.frm.findChild<QPushButton*>(QStringLiteral("cmdCancel"));
-    ASSERT_NE(cancel, nullptr);
+    bool onUiThread = true;
     rig.prompts.whileAskingExisting = [&] {
-        if (rig.prompts.asked.size() < 3)
+        onUiThread = onUiThread && QThread::currentThread() == qApp->thread();
+        if (rig.prompts.existingAsked < 2)
             return; // the question for the first file
-        QTest::mouseClick(cancel, Qt::LeftButton);
+        rig.frm.findChild<QPushButton*>(QStringLiteral("cmdCancel"))->click();
         EXPECT_TRUE(QTest::qWaitFor([&] { return rig.frm.copyState().cancelRequested.load(); }, kWaitMs));
     };
     ASSERT_TRUE(rig.frm.CopyingFiles({kA, kB}));
     ASSERT_TRUE(rig.waitFinished());
 
-    EXPECT_EQ(rig.prompts.asked.size(), 3);
+    EXPECT_TRUE(onUiThread);
+    EXPECT_EQ(rig.prompts.existingAsked, 2);
+    EXPECT_EQ(rig.files.bytes(destinationA), positionBytes(2 * kStep)); // overwritten up to the fault
     EXPECT_EQ(rig.logged.size(), 1); // the first file's failure
     EXPECT_EQ(rig.files.bytes(destinationB), QByteArray(kStep, 'b'));
     EXPECT_FALSE(rig.store.records.contains(destinationB));
     EXPECT_TRUE(rig.frm.result().cancelled);
     EXPECT_EQ(rig.frm.result().skipped, 1);
-}
-
-// Closing the window while files are copied is a cancel. Made during the last block of a file, it ends
-// the batch there: that file is complete (so no resume record), and the next one is never created.
-TEST(FrmCopyAllFiles, CloseDuringTheLastBlockEndsTheBatchAfterThatFile)
-{
-    Rig rig;
-    rig.files.put(kA, positionBytes(3 * kStep + 1));
-    rig.files.put(kB, positionBytes(kStep));
-    HangingReads hang;
-    hang.install(rig.files, {kA}, 2 * kStep); // the last block of the first file
-    ASSERT_TRUE(rig.frm.CopyingFiles({kA, kB}));
-    ASSERT_TRUE(hang.waitEntered());
-
-    EXPECT_FALSE(rig.frm.close()); // refused, and taken as a cancel
-    EXPECT_TRUE(rig.frm.isVisible());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return rig.frm.copyState().cancelRequested.load(); }, kWaitMs));
-    hang.release.release();
-    ASSERT_TRUE(rig.waitFinished());
-
-    EXPECT_EQ(rig.files.bytes(kOut + QStringLiteral("AVSEQ01.DAT")), positionBytes(3 * kStep + 1));
-    EXPECT_FALSE(rig.files.contains(kOut + QStringLiteral("AVSEQ02.DAT")));
-    EXPECT_TRUE(rig.store.records.isEmpty());
-    EXPECT_TRUE(rig.frm.result().cancelled);
-    EXPECT_EQ(rig.frm.result().finished, 1);
-    EXPECT_FALSE(rig.frm.isVisible());
 }
 
 // A window destroyed while its batch runs (the program ends) waits for the worker, and the batch ends
@@ -353,26 +298,7 @@ TEST(FrmCopyAllFiles, DestroyedWindowEndsTheBatchAtTheFileInHand)
     EXPECT_FALSE(rig.files.contains(kOut + QStringLiteral("ITEM0001.DAT")));
 }
 
-// The existing-file question reaches the prompts from the worker thread and its answer comes back:
-// "overwrite all" on the first conflict overwrites the second without asking again.
-TEST(FrmCopyAllFiles, ExistingFileQuestionIsAskedOnTheUiThread)
-{
-    Rig rig;
-    rig.files.put(kA, positionBytes(kStep + 5));
-    rig.files.put(kB, positionBytes(7));
-    rig.files.put(kOut + QStringLiteral("AVSEQ01.DAT"), QByteArray(3 * kStep, 'x'));
-    rig.files.put(kOut + QStringLiteral("AVSEQ02.DAT"), QByteArray(9, 'y'));
-    rig.prompts.batchAnswers = {copy::BatchExistingChoice::OverwriteAll};
-    ASSERT_TRUE(rig.frm.CopyingFiles({kA, kB}));
-    ASSERT_TRUE(rig.waitFinished());
-    EXPECT_EQ(rig.prompts.asked,
-        (QStringList{
-            QStringLiteral("folder"), QStringLiteral("existing:") + kOut + QStringLiteral("AVSEQ01.DAT")}));
-    EXPECT_EQ(rig.files.bytes(kOut + QStringLiteral("AVSEQ01.DAT")), positionBytes(kStep + 5));
-    EXPECT_EQ(rig.files.bytes(kOut + QStringLiteral("AVSEQ02.DAT")), positionBytes(7));
-}
-
-// No folder chosen: nothing is copied, the window never shows and closes at once.
+// No folder chosen: nothing is read, the window never shows and closes at once.
 TEST(FrmCopyAllFiles, NoFolderEndsTheBatchWithoutShowingTheWindow)
 {
     Rig rig;
@@ -384,40 +310,6 @@ TEST(FrmCopyAllFiles, NoFolderEndsTheBatchWithoutShowingTheWindow)
     EXPECT_FALSE(rig.frm.isVisible());
     EXPECT_FALSE(rig.frm.animation().isRunning());
     EXPECT_EQ(rig.files.readCount(), 0);
-}
-
-// Ten thousand small files (some empty) in one batch: every one arrives and the counters add up.
-TEST(FrmCopyAllFiles, TenThousandSmallFiles)
-{
-    Rig rig;
-    constexpr int kFiles = 10000;
-    QStringList entries;
-    qint64 total = 0;
-    for (int i = 0; i < kFiles; ++i) {
-        const QString path = QStringLiteral("/media/cdrom/MANY/F%1.DAT").arg(i, 5, 10, QLatin1Char('0'));
-        const qint64 length = i % 97; // 0 .. 96 bytes
-        rig.files.put(path, positionBytes(length));
-        total += length;
-        entries << path;
-    }
-    ASSERT_TRUE(rig.frm.CopyingFiles(entries));
-    ASSERT_TRUE(rig.waitFinished());
-
-    const copy::BatchResult& r = rig.frm.result();
-    EXPECT_EQ(r.files, kFiles);
-    EXPECT_EQ(r.finished, kFiles);
-    EXPECT_EQ(rig.frm.counters().totalBytes, total);
-    EXPECT_EQ(rig.frm.counters().copiedBytes, total);
-    EXPECT_EQ(rig.text("lblTotalFiles"), QStringLiteral("10000/10000 ]"));
-    int wrong = 0;
-    for (int i = 0; i < kFiles; ++i) {
-        const QString name = QStringLiteral("F%1.DAT").arg(i, 5, 10, QLatin1Char('0'));
-        if (rig.files.bytes(kOut + name) != positionBytes(i % 97))
-            ++wrong;
-    }
-    EXPECT_EQ(wrong, 0);
-    // The display followed at its own pace, not once per file.
-    EXPECT_LT(rig.frm.worker().progressRefreshes(), kFiles);
 }
 
 } // namespace

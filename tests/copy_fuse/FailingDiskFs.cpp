@@ -1,10 +1,11 @@
-// A FUSE file system for the end-to-end test of a failing destination: every file lives in a backing
-// folder (so what did arrive survives an unmount), and one kind of operation fails with a chosen errno:
+// A FUSE file system for the end-to-end tests of real I/O errors: every file lives in a backing folder (so
+// what did arrive survives an unmount), and one kind of operation fails with a chosen errno:
 //   failing_disk_fs MOUNTPOINT BACKING MODE ERRNO [LIMIT]
 //     MODE write   writes that reach past byte LIMIT fail, and nothing of them is written
 //     MODE fsync   fsync and fdatasync fail (a write-back failure)
 //     MODE flush   close() fails (a share that reports a lost write only at the end)
-//     MODE read    reads that touch byte LIMIT fail (a bad sector of a disk that is also written to)
+//     MODE read    reads that touch a byte of LIMIT (a list: OFFSET,OFFSET...) fail, as a scratched disc's
+//                  or a disk's bad sectors do
 //     MODE none    nothing fails
 #include "FuseFs.h"
 
@@ -12,10 +13,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <sstream>
 #include <string>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -23,6 +26,7 @@ std::string g_backing;
 std::string g_mode;
 int g_errno = EIO;
 long long g_limit = 0;
+std::vector<long long> g_badBytes;
 
 std::string real(const char* path)
 {
@@ -58,6 +62,9 @@ int main(int argc, char** argv)
     g_mode = argv[3];
     g_errno = std::atoi(argv[4]);
     g_limit = argc > 5 ? std::atoll(argv[5]) : 0;
+    std::istringstream bad(argc > 5 ? argv[5] : "");
+    for (std::string offset; std::getline(bad, offset, ',');)
+        g_badBytes.push_back(std::atoll(offset.c_str()));
 
     static fuse_operations operations = {};
     operations.getattr = [](const char* path, struct stat* st, fuse_file_info*) {
@@ -70,8 +77,10 @@ int main(int argc, char** argv)
         return opened(::open(real(path).c_str(), info->flags | O_CREAT, mode), info);
     };
     operations.read = [](const char*, char* buffer, size_t size, off_t offset, fuse_file_info* info) {
-        if (g_mode == "read" && offset <= g_limit && g_limit < offset + static_cast<long long>(size))
-            return -g_errno;
+        for (const long long byte : g_badBytes) {
+            if (g_mode == "read" && offset <= byte && byte < offset + static_cast<long long>(size))
+                return -g_errno;
+        }
         return result(::pread(fd(info), buffer, size, offset));
     };
     operations.write = [](const char*, const char* buffer, size_t size, off_t offset, fuse_file_info* info) {

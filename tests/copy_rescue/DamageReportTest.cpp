@@ -2,8 +2,7 @@
 #include "ProgramStream.h"
 #include "copy/RescueMessages.h"
 #include "fakes/MemoryFileLayer.h"
-
-#include <QFile>
+#include "info/GoldenText.h"
 
 #include <gtest/gtest.h>
 
@@ -71,31 +70,20 @@ TEST(DamageReport, NamesTheDamagedFilesTheirHolesAndThePlayingTimeAroundThem)
     EXPECT_TRUE(track.timed);
     EXPECT_EQ(track.badBytes, 4096 + 6144);
     EXPECT_EQ(track.skippedBytes, 300'000 - 6144 + 50'000);
-    ASSERT_EQ(track.holes.size(), 3u);
-    const qint64 size = 3000 * kPack;
-    struct Expected
-    {
-        qint64 offset, length, bad, skipped;
-        std::optional<qint64> from, to;
-        bool atEnd;
+    const auto facts = [](const DamageHole& h) {
+        return std::make_tuple(
+            h.offset, h.length, h.badBytes, h.skippedBytes, h.fromSecond, h.toSecond, h.atEnd);
     };
+    std::vector<decltype(facts(DamageHole{}))> holes;
+    for (const DamageHole& h : track.holes)
+        holes.push_back(facts(h));
     // Packs around each hole: 1,000,000 / 2,324 -> pack 430 (5.73 s); 1,300,000 -> pack 560 (7.47 s);
-    // size - 50,000 -> pack 2978 (39.7 s).
-    const Expected expected[] = {
-        {0, 4096, 4096, 0, 0, 1, false},
-        {1'000'000, 300'000, 6144, 300'000 - 6144, 5, 8, false},
-        {size - 50'000, 50'000, 0, 50'000, 39, std::nullopt, true},
-    };
-    for (size_t i = 0; i < 3; ++i) {
-        const DamageHole& h = track.holes[i];
-        EXPECT_EQ(h.offset, expected[i].offset) << i;
-        EXPECT_EQ(h.length, expected[i].length) << i;
-        EXPECT_EQ(h.badBytes, expected[i].bad) << i;
-        EXPECT_EQ(h.skippedBytes, expected[i].skipped) << i;
-        EXPECT_EQ(h.fromSecond, expected[i].from) << i;
-        EXPECT_EQ(h.toSecond, expected[i].to) << i;
-        EXPECT_EQ(h.atEnd, expected[i].atEnd) << i;
-    }
+    // the end - 50,000 -> pack 2978 (39.7 s).
+    const qint64 end = 3000 * kPack;
+    EXPECT_EQ(holes,
+        (decltype(holes){{0, 4096, 4096, 0, 0, 1, false},
+            {1'000'000, 300'000, 6144, 300'000 - 6144, 5, 8, false},
+            {end - 50'000, 50'000, 0, 50'000, 39, std::nullopt, true}}));
 
     const DamagedFile& text = report.files[1];
     EXPECT_FALSE(text.timed);
@@ -113,83 +101,75 @@ TEST(DamageReport, NamesTheDamagedFilesTheirHolesAndThePlayingTimeAroundThem)
     EXPECT_FALSE(makeDamageReport(batch.copies, {}, &batch.files).files[0].timed);
 }
 
-// Every text of the rescue, checked once against a golden file; after a deliberate change run with
-// VINDARO_UPDATE_GOLDEN=1 and review the diff.
-QStringList allMessages()
+// Every text of the rescue, checked once against a golden file (VINDARO_UPDATE_GOLDEN=1 writes it anew:
+// review the diff). Each broken map is refused with its own kind of fault, and the text names its line and
+// figures.
+TEST(RescueMessages, EveryTextIsTheGoldenOne)
 {
-    QStringList lines;
-    const auto add = [&](const QString& name, QString text) {
-        lines << name + QStringLiteral(": ")
-                + text.replace(QStringLiteral("\r"), QStringLiteral("\\r"))
-                      .replace(QStringLiteral("\n"), QStringLiteral("\\n"));
-    };
+    vindaro::testing::GoldenText golden;
     const struct
     {
         const char* name;
         const char* text;
         qint64 sourceSize;
+        MapfileError error;
     } maps[] = {
-        {"no status line", "", 10},
-        {"bad status line", "0 x\n", 10},
-        {"bad block line", "0 ?\n0 10\n", 10},
-        {"bad block status", "0 ?\n0 10 x\n", 10},
-        {"empty block", "0 ?\n0 0 +\n", 10},
-        {"not from zero", "0 ?\n5 5 +\n", 10},
-        {"gap", "0 ?\n0 4096 +\n6144 4 -\n", 10},
-        {"overlap", "0 ?\n0 6 +\n4 6 -\n", 10},
-        {"unsorted", "0 ?\n0 4 +\n4 4 -\n2 2 ?\n", 10},
-        {"too big", "0 ?\n0 4 +\n4 0x7FFFFFFFFFFFFFFF -\n", -1},
-        {"shorter", "0 ?\n0 1000 +\n", 1234567},
-        {"longer", "0 ?\n0 1234567 +\n", 1000},
+        {"no status line", "", 10, MapfileError::NoStatusLine},
+        {"only comments", "# only\n\n", 10, MapfileError::NoStatusLine},
+        {"bad status line", "0 x\n", 10, MapfileError::BadStatusLine},
+        {"pass 0", "0 ? 0\n", 10, MapfileError::BadStatusLine},
+        {"block for status", "0x0 0xA +\n", 10, MapfileError::BadStatusLine},
+        {"bad block line", "0 ?\n0 10\n", 10, MapfileError::BadBlockLine},
+        {"bad hex", "0 ?\n0 0xG +\n", 10, MapfileError::BadBlockLine},
+        {"negative", "0 ?\n0 -10 +\n", 10, MapfileError::BadBlockLine},
+        {"not octal", "0 ?\n0 09 +\n", 10, MapfileError::BadBlockLine},
+        {"past 64 bits", "0 ?\n0 99999999999999999999 +\n", 10, MapfileError::BadBlockLine},
+        {"extra field", "0 ?\n0 10 + extra\n", 10, MapfileError::BadBlockLine},
+        {"double status", "0 ?\n0 10 ++\n", 10, MapfileError::BadBlockLine},
+        {"bad block status", "0 ?\n0 10 x\n", 10, MapfileError::BadBlockStatus},
+        {"empty block", "0 ?\n0 0 +\n", 10, MapfileError::EmptyBlock},
+        {"not from zero", "0 ?\n5 5 +\n", 10, MapfileError::NotFromZero},
+        {"gap", "0 ?\n0 4096 +\n6144 4 -\n", 10, MapfileError::Gap},
+        {"overlap", "0 ?\n0 6 +\n4 6 -\n", 10, MapfileError::Overlap},
+        {"unsorted", "0 ?\n0 4 +\n4 4 -\n2 2 ?\n", 10, MapfileError::Unsorted},
+        {"too big", "0 ?\n0 4 +\n4 0x7FFFFFFFFFFFFFFF -\n", -1, MapfileError::TooBig},
+        {"shorter", "0 ?\n0 1000 +\n", 1234567, MapfileError::Shorter},
+        {"longer", "0 ?\n0 1234567 +\n", 1000, MapfileError::Longer},
     };
     const QString path = QStringLiteral("/home/u/a.map");
-    for (const auto& m : maps)
-        add(QStringLiteral("mapfile ") + QLatin1String(m.name),
-            msg::mapfileRefused(path, parseMapfile(m.text, m.sourceSize)));
+    for (const auto& m : maps) {
+        const MapfileResult read = parseMapfile(m.text, m.sourceSize);
+        EXPECT_EQ(read.error, m.error) << m.name;
+        EXPECT_EQ(read.map, RescueMap()) << m.name;
+        golden.add(QStringLiteral("mapfile ") + QLatin1String(m.name), msg::mapfileRefused(path, read));
+    }
     MapfileResult unreadable;
     unreadable.error = MapfileError::Unreadable;
     unreadable.detail = QStringLiteral("No such file or directory");
-    add(QStringLiteral("mapfile unreadable"), msg::mapfileRefused(path, unreadable));
+    golden.add(QStringLiteral("mapfile unreadable"), msg::mapfileRefused(path, unreadable));
     MapfileResult large;
     large.error = MapfileError::TooLarge;
     large.offset = qint64(300) << 20;
-    add(QStringLiteral("mapfile too large"), msg::mapfileRefused(path, large));
+    golden.add(QStringLiteral("mapfile too large"), msg::mapfileRefused(path, large));
     const vindaro::platform::MessageBox box
         = msg::mapfileRefusedNotice(path, parseMapfile("0 ?\n5 5 +\n", 10));
-    add(QStringLiteral("mapfile notice [") + box.title + QStringLiteral("]"), box.text);
-    add(QStringLiteral("mapfile write"),
+    golden.add(QStringLiteral("mapfile notice [") + box.title + QStringLiteral("]"), box.text);
+    golden.add(QStringLiteral("mapfile write"),
         msg::mapfileWriteFailed(path, QStringLiteral("No space left on device")));
-    add(QStringLiteral("store no destination"), msg::mapStoreNoDestination());
-    add(QStringLiteral("store folder"),
+    golden.add(QStringLiteral("store no destination"), msg::mapStoreNoDestination());
+    golden.add(QStringLiteral("store folder"),
         msg::mapStoreFolderFailed(QStringLiteral("/home/u/.local/state/vindaro/maps")));
 
     Batch batch;
     DamageReport report = makeDamageReport(batch.copies, batch.notReached, &batch.files);
-    add(QStringLiteral("report entry"), msg::damageReportEntry(report));
-    add(QStringLiteral("report text"), msg::damageReportText(report));
-    add(QStringLiteral("report empty"), msg::damageReportText(DamageReport{}));
+    golden.add(QStringLiteral("report entry"), msg::damageReportEntry(report));
+    golden.add(QStringLiteral("report text"), msg::damageReportText(report));
+    golden.add(QStringLiteral("report empty"), msg::damageReportText(DamageReport{}));
     DamageReport many;
     many.files.push_back(report.files[1]);
     many.files[0].holes.resize(msg::kListedHoles + 3, many.files[0].holes[0]);
-    add(QStringLiteral("report many"), msg::damageReportText(many).section(QLatin1Char('\n'), -3));
-    return lines;
-}
-
-TEST(RescueMessages, EveryTextIsTheGoldenOne)
-{
-    const QString golden = QStringLiteral(VINDARO_GOLDEN_DIR "/rescue_messages.txt");
-    const QStringList lines = allMessages();
-    if (qEnvironmentVariableIsSet("VINDARO_UPDATE_GOLDEN")) {
-        QFile out(golden);
-        ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        out.write((lines.join(QLatin1Char('\n')) + QLatin1Char('\n')).toUtf8());
-    }
-    QFile in(golden);
-    ASSERT_TRUE(in.open(QIODevice::ReadOnly)) << golden.toStdString();
-    const QStringList expected = QString::fromUtf8(in.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    ASSERT_EQ(lines.size(), expected.size());
-    for (qsizetype i = 0; i < lines.size(); ++i)
-        EXPECT_EQ(lines[i], expected[i]) << "line " << i + 1;
+    golden.add(QStringLiteral("report many"), msg::damageReportText(many).section(QLatin1Char('\n'), -3));
+    golden.check(QStringLiteral(VINDARO_GOLDEN_DIR "/rescue_messages.txt"));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "copy/RescueMap.h"
 #include "copy/RescueMapStore.h"
 #include "copy/RescueMessages.h"
+#include "copy_store/WholeFile.h"
 #include "fakes/MemoryRescueMapStore.h"
 
 #include <QDir>
@@ -13,6 +14,8 @@
 #include <gtest/gtest.h>
 
 using namespace vindaro::copy;
+using vindaro::testing::readWholeFile;
+using vindaro::testing::writeWholeFile;
 
 namespace {
 
@@ -35,22 +38,9 @@ MapfileHeader ourHeader()
     return header;
 }
 
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeAll(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
 TEST(Mapfile, WrittenMapsReadBackAsTheSameMap)
 {
-    MapfileHeader header;
-    header.creator = QStringLiteral("Vindaro 2.0.0");
+    MapfileHeader header = ourHeader();
     header.commandLine = QStringLiteral("vindaro-copy --map a.map\nb"); // a line break stays in its comment
     header.savedAt = QDateTime(QDate(2024, 5, 1), QTime(10, 0), Qt::UTC);
     for (const RescueMap& map : {everyState(), RescueMap(1, RescueState::Copied), RescueMap(0)}) {
@@ -102,50 +92,6 @@ TEST(Mapfile, ReadsDecimalHexOctalCommentsAndOlderStatusLines)
     // Neighbours in one state are joined; a map without blocks is all untried.
     EXPECT_EQ(parseMapfile("0 ?\n0 10 +\n10 10 +\n", 20).map.rangeCount(), 1);
     EXPECT_EQ(parseMapfile("0 + 1\n", 300).map, RescueMap(300));
-}
-
-TEST(Mapfile, EveryKindOfBrokenMapIsRefusedWithItsLineAndFigures)
-{
-    struct Row
-    {
-        const char* text;
-        qint64 sourceSize;
-        MapfileError error;
-        int line;
-        qint64 offset;
-        qint64 figure;
-    };
-    const Row rows[] = {
-        {"", 10, MapfileError::NoStatusLine, 0, 0, 0},
-        {"# only\n\n", 10, MapfileError::NoStatusLine, 0, 0, 0},
-        {"0 x 1\n", 10, MapfileError::BadStatusLine, 1, 0, 0},
-        {"0 ? 0\n", 10, MapfileError::BadStatusLine, 1, 0, 0},
-        {"0x0 0xA +\n", 10, MapfileError::BadStatusLine, 1, 0, 0}, // a block where the status line goes
-        {"0 ?\n0 10\n", 10, MapfileError::BadBlockLine, 2, 0, 0},
-        {"0 ?\n0 0xG +\n", 10, MapfileError::BadBlockLine, 2, 0, 0},
-        {"0 ?\n0 -10 +\n", 10, MapfileError::BadBlockLine, 2, 0, 0},
-        {"0 ?\n0 09 +\n", 10, MapfileError::BadBlockLine, 2, 0, 0}, // not an octal number
-        {"0 ?\n0 99999999999999999999 +\n", 10, MapfileError::BadBlockLine, 2, 0, 0},
-        {"0 ?\n0 10 + extra\n", 10, MapfileError::BadBlockLine, 2, 0, 0},
-        {"0 ?\n0 10 x\n", 10, MapfileError::BadBlockStatus, 2, 0, 0},
-        {"0 ?\n0 10 ++\n", 10, MapfileError::BadBlockLine, 2, 0, 0},
-        {"0 ?\n0 0 +\n", 10, MapfileError::EmptyBlock, 2, 0, 0},
-        {"0 ?\n5 5 +\n", 10, MapfileError::NotFromZero, 2, 5, 0},
-        {"0 ?\n0 4 +\n6 4 -\n", 10, MapfileError::Gap, 3, 4, 6},
-        {"0 ?\n0 6 +\n4 6 -\n", 10, MapfileError::Overlap, 3, 6, 4},
-        {"0 ?\n0 4 +\n4 4 -\n2 2 ?\n", 10, MapfileError::Unsorted, 4, 8, 2},
-        {"0 ?\n0 4 +\n4 0x7FFFFFFFFFFFFFFF -\n", -1, MapfileError::TooBig, 3, 4, 0},
-        {"0 ?\n0 8 +\n", 10, MapfileError::Shorter, 0, 8, 10},
-        {"0 ?\n0 12 +\n", 10, MapfileError::Longer, 0, 12, 10},
-    };
-    for (const Row& row : rows) {
-        const MapfileResult read = parseMapfile(row.text, row.sourceSize);
-        EXPECT_EQ(read.error, row.error) << row.text;
-        EXPECT_EQ(read.line, row.line) << row.text;
-        EXPECT_EQ(read.offset, row.offset) << row.text;
-        EXPECT_EQ(read.figure, row.figure) << row.text;
-        EXPECT_EQ(read.map, RescueMap()) << row.text;
-    }
     EXPECT_TRUE(parseMapfile("0 ?\n0 0x7FFFFFFFFFFFFFFF +\n", -1).ok()) << "the largest size there is fits";
 }
 
@@ -175,46 +121,14 @@ TEST(Mapfile, AFileIsReadWithinItsLimitAndWrittenWhole)
     EXPECT_EQ(readMapfile(huge.fileName(), -1).error, MapfileError::TooLarge);
 }
 
-TEST(RescueMapStore, KeepsOneMapPerDestinationUntilRemoved)
+// One map per destination until removed, in the file store and in the fake the engine's tests use alike.
+TEST(RescueMapStore, KeepsOneMapPerDestinationAsTheMemoryFakeDoes)
 {
     QTemporaryDir dir;
-    FileRescueMapStore store(QStringLiteral("Vindaro 2.0.0"), dir.filePath(QStringLiteral("state/maps")));
-    const QString a = dir.filePath(QStringLiteral("out/a.dat"));
-    const QString b = dir.filePath(QStringLiteral("out/b.dat"));
-    RescueMap mapB(100);
-    mapB.mark(0, 50, RescueState::Copied);
-
-    ASSERT_TRUE(store.save(a, everyState())) << qPrintable(store.errorString());
-    ASSERT_TRUE(store.save(b, mapB));
-    RescueMap loaded;
-    MapfileStatus status;
-    ASSERT_TRUE(FileRescueMapStore(QString(), store.folder())
-                    .load(dir.filePath(QStringLiteral("out/./a.dat")), loaded, &status));
-    EXPECT_EQ(loaded, everyState());
-    EXPECT_EQ(status.phase, '?');
-    EXPECT_TRUE(readAll(store.pathFor(a)).contains("# Destination: " + a.toUtf8() + '\n'));
-
-    store.remove(a);
-    EXPECT_FALSE(store.load(a, loaded));
-    EXPECT_FALSE(QFile::exists(store.pathFor(a)));
-    ASSERT_TRUE(store.load(b, loaded));
-    EXPECT_EQ(loaded, mapB);
-
-    // A damaged file reads as no map and is left as it is until the next save replaces it.
-    ASSERT_TRUE(writeAll(store.pathFor(b), "0 ?\n0 10 +\n5 5 -\n"));
-    EXPECT_FALSE(store.load(b, loaded));
-    EXPECT_EQ(readAll(store.pathFor(b)), QByteArray("0 ?\n0 10 +\n5 5 -\n"));
-    ASSERT_TRUE(store.save(b, mapB));
-    ASSERT_TRUE(store.load(b, loaded));
-    EXPECT_EQ(loaded, mapB);
-}
-
-// The fake the engine's tests use answers as the real store does.
-TEST(RescueMapStore, TheMemoryFakeAnswersAsTheFileStore)
-{
-    QTemporaryDir dir;
-    FileRescueMapStore file(QStringLiteral("Vindaro 2.0.0"), dir.path());
+    FileRescueMapStore file(QStringLiteral("Vindaro 2.0.0"), dir.filePath(QStringLiteral("state/maps")));
     vindaro::testing::MemoryRescueMapStore memory;
+    const QString a = QStringLiteral("/out/a.dat");
+    const QString b = QStringLiteral("/out/b.dat");
     MapfileStatus given;
     given.currentOffset = 7;
     given.phase = '*';
@@ -222,25 +136,40 @@ TEST(RescueMapStore, TheMemoryFakeAnswersAsTheFileStore)
         {static_cast<RescueMapStore*>(&file), static_cast<RescueMapStore*>(&memory)}) {
         RescueMap map;
         MapfileStatus status;
-        EXPECT_FALSE(store->load(QStringLiteral("/a.dat"), map));
-        ASSERT_TRUE(store->save(QStringLiteral("/a.dat"), everyState()));
-        ASSERT_TRUE(store->load(QStringLiteral("/a.dat"), map, &status));
+        EXPECT_FALSE(store->load(a, map));
+        ASSERT_TRUE(store->save(a, everyState()));
+        ASSERT_TRUE(store->save(b, RescueMap(100)));
+        ASSERT_TRUE(store->load(a, map, &status));
         EXPECT_EQ(map, everyState());
         EXPECT_EQ(status.currentOffset, 5 * kGiB); // the first untried byte
-        ASSERT_TRUE(store->save(QStringLiteral("/a.dat"), RescueMap(10), given));
-        ASSERT_TRUE(store->load(QStringLiteral("/a.dat"), map, &status));
+        EXPECT_EQ(status.phase, '?');
+        ASSERT_TRUE(store->save(a, RescueMap(10), given));
+        ASSERT_TRUE(store->load(a, map, &status));
         EXPECT_EQ(status.currentOffset, 7);
         EXPECT_EQ(status.phase, '*');
-        store->remove(QStringLiteral("/a.dat"));
-        EXPECT_FALSE(store->load(QStringLiteral("/a.dat"), map));
+        store->remove(a);
+        EXPECT_FALSE(store->load(a, map));
+        ASSERT_TRUE(store->load(b, map));
+        EXPECT_EQ(map, RescueMap(100));
     }
+    // The file store's own: a cleaned key, a file that names its destination, and a damaged file read as no
+    // map and left as it is until the next save replaces it.
+    RescueMap loaded;
+    EXPECT_TRUE(FileRescueMapStore(QString(), file.folder()).load(QStringLiteral("/out/./b.dat"), loaded));
+    EXPECT_TRUE(readWholeFile(file.pathFor(b)).contains("# Destination: /out/b.dat\n"));
+    EXPECT_FALSE(QFile::exists(file.pathFor(a)));
+    ASSERT_TRUE(writeWholeFile(file.pathFor(b), "0 ?\n0 10 +\n5 5 -\n"));
+    EXPECT_FALSE(file.load(b, loaded));
+    EXPECT_EQ(readWholeFile(file.pathFor(b)), QByteArray("0 ?\n0 10 +\n5 5 -\n"));
+    ASSERT_TRUE(file.save(b, RescueMap(100)));
+    EXPECT_TRUE(file.load(b, loaded));
 }
 
-TEST(RescueMapStore, AFailedSaveLeavesTheKeptMapAndSaysWhy)
+TEST(RescueMapStore, AFolderThatCannotBeMadeFailsTheSaveAndSaysWhy)
 {
     QTemporaryDir dir;
     const QString folder = dir.filePath(QStringLiteral("maps"));
-    ASSERT_TRUE(writeAll(folder, "a file where the folder should be"));
+    ASSERT_TRUE(writeWholeFile(folder, "a file where the folder should be"));
     FileRescueMapStore store(QStringLiteral("Vindaro 2.0.0"), folder);
     EXPECT_FALSE(store.save(dir.filePath(QStringLiteral("a.dat")), RescueMap(10)));
     EXPECT_TRUE(store.errorString().contains(folder));
@@ -263,7 +192,7 @@ TEST(Mapfile, DdrescueGoesOnFromOurMapAndWeReadItsMap)
     QByteArray bytes(256 * 1024, '\0');
     for (int i = 0; i < bytes.size(); ++i)
         bytes[i] = char((i * 7 + i / 251) | 1); // never 0, so a byte left unwritten shows
-    ASSERT_TRUE(writeAll(source, bytes));
+    ASSERT_TRUE(writeWholeFile(source, bytes));
 
     // We copied [0, 64 KiB) and [192 KiB, 256 KiB): ddrescue must read only the middle.
     RescueMap ours(bytes.size(), RescueState::Copied);
@@ -276,7 +205,7 @@ TEST(Mapfile, DdrescueGoesOnFromOurMapAndWeReadItsMap)
     ASSERT_EQ(run.exitCode(), 0) << run.readAllStandardError().constData();
 
     // It wrote the middle only: nothing before it, and the file ends where the middle does.
-    const QByteArray copied = readAll(copy);
+    const QByteArray copied = readWholeFile(copy);
     ASSERT_EQ(copied.size(), 192 * 1024);
     EXPECT_EQ(copied.mid(64 * 1024), bytes.mid(64 * 1024, 128 * 1024));
     EXPECT_EQ(copied.left(64 * 1024), QByteArray(64 * 1024, '\0')) << "ddrescue read what we had copied";

@@ -65,15 +65,34 @@ TEST(RescueMap, RandomMarksAndResizesMatchAByteReference)
             }
             ASSERT_EQ(expand(map), reference) << "seed " << seed << " step " << step;
             ASSERT_NO_FATAL_FAILURE(expectWellFormed(map));
-            if (!reference.empty()) {
-                const qint64 probe = qint64(random() % reference.size());
-                ASSERT_EQ(char(map.stateAt(probe)), reference[size_t(probe)]);
+            if (reference.empty())
+                continue;
+            // From a byte on: its state, the next range in a state, and the ranges of a window, as the bytes
+            // say.
+            const qint64 probe = qint64(random() % reference.size());
+            ASSERT_EQ(char(map.stateAt(probe)), reference[size_t(probe)]);
+            const RescueState wanted = kRescueStates[random() % kRescueStates.size()];
+            const size_t at = reference.find(char(wanted), size_t(probe));
+            const std::optional<RescueRange> next = map.nextRange(wanted, probe);
+            ASSERT_EQ(next.has_value(), at != std::string::npos);
+            if (next) {
+                const size_t end = std::min(reference.find_first_not_of(char(wanted), at), reference.size());
+                ASSERT_EQ(*next, (RescueRange{qint64(at), qint64(end - at), wanted}));
             }
+            const qint64 window = qint64(random() % 50);
+            const std::vector<RescueRange> cut = map.ranges(probe, window);
+            std::string cutBytes;
+            for (const RescueRange& r : cut)
+                cutBytes.append(size_t(r.length), char(r.state));
+            ASSERT_EQ(cutBytes, reference.substr(size_t(probe), size_t(window)));
+            ASSERT_TRUE(cut.empty() || cut.front().offset == probe);
         }
     }
 }
 
-TEST(RescueMap, PositionsPastFourGibibytesAndNearTheLargestOffsetStayExact)
+// Positions past 4 GiB and near the largest offset stay exact; searches before the start and past the end
+// find what is there.
+TEST(RescueMap, PositionsPastFourGibibytesAndAtBothEndsStayExact)
 {
     RescueMap map(5 * kGiB);
     map.mark(4 * kGiB + 1, 2048, RescueState::Bad);
@@ -89,38 +108,11 @@ TEST(RescueMap, PositionsPastFourGibibytesAndNearTheLargestOffsetStayExact)
     map.mark(0, std::numeric_limits<qint64>::max(), RescueState::Copied);
     EXPECT_EQ(map.rangeCount(), 1);
     EXPECT_TRUE(map.isComplete());
-}
 
-TEST(RescueMap, NextRangeAndCutRangesStartWhereAsked)
-{
-    RescueMap map(100, RescueState::Copied);
     map.mark(10, 10, RescueState::Untried);
-    map.mark(50, 20, RescueState::Untried);
-    map.mark(30, 5, RescueState::Bad);
-    struct Row
-    {
-        RescueState state;
-        qint64 from;
-        std::optional<RescueRange> expected;
-    };
-    const Row rows[] = {
-        {RescueState::Untried, -5, RescueRange{10, 10, RescueState::Untried}},
-        {RescueState::Untried, 15, RescueRange{15, 5, RescueState::Untried}}, // cut to `from`
-        {RescueState::Untried, 20, RescueRange{50, 20, RescueState::Untried}},
-        {RescueState::Untried, 70, std::nullopt},
-        {RescueState::Bad, 0, RescueRange{30, 5, RescueState::Bad}},
-        {RescueState::NonTrimmed, 0, std::nullopt},
-        {RescueState::Copied, 99, RescueRange{99, 1, RescueState::Copied}},
-        {RescueState::Copied, 100, std::nullopt},
-    };
-    for (const Row& row : rows)
-        EXPECT_EQ(map.nextRange(row.state, row.from), row.expected)
-            << char(row.state) << " from " << row.from;
-
-    EXPECT_EQ(map.ranges(15, 20),
-        (std::vector<RescueRange>{
-            {15, 5, RescueState::Untried}, {20, 10, RescueState::Copied}, {30, 5, RescueState::Bad}}));
-    EXPECT_TRUE(map.ranges(100, 5).empty());
+    EXPECT_EQ(map.nextRange(RescueState::Untried, -5), (RescueRange{10, 10, RescueState::Untried}));
+    EXPECT_FALSE(map.nextRange(RescueState::Copied, map.size()));
+    EXPECT_TRUE(map.ranges(map.size(), 5).empty());
     EXPECT_FALSE(RescueMap(0).nextRange(RescueState::Untried, 0));
     EXPECT_TRUE(RescueMap(0).isComplete());
 }

@@ -1,4 +1,4 @@
-// Not a test: times the drive lookups a batch copy makes for each file (the source's drive kind and name,
+// Times the drive lookups a batch copy makes for each file (the source's drive kind and name,
 // the destination's free space) on the machine's real mount table.
 //   volume_lookup_bench [FILES] [FOLDER]
 #include "copy/VolumeDriveFacts.h"

@@ -1,4 +1,4 @@
-// Not a test: the cost of RescueMap::mark() under random marks on a DVD-sized map, the map holding
+// The cost of RescueMap::mark() under random marks on a DVD-sized map, the map holding
 // tens of thousands of ranges as a badly scratched disc's map does.
 //   rescue_map_bench [MARKS] [SIZE_BYTES]
 #include "copy/RescueMap.h"
