@@ -106,9 +106,8 @@ protected:
     ChoosingShell shell;
     files::FileSystem fs{volumes, shell};
     vindaro::testing::ScriptedPrompter prompts;
-    vindaro::testing::ScriptedDialogs dialogs;
     files::FileListModel list{fs};
-    files::FileCommands commands{list, fs, prompts, dialogs, nullptr};
+    files::FileCommands commands{list, fs, prompts, prompts, nullptr};
 };
 
 TEST_F(FilesFuseTest, CopyIntoAFolderThatRefusesWritesIsToldAndKeepsTheEntry)
