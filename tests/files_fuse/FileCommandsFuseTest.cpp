@@ -2,7 +2,6 @@
 // be removed, reads that fail with EIO or hang (tests run as root, so permission bits would not stop
 // anything; a FUSE file system does).
 #include "FuseMount.h"
-#include "fakes/FakeVolumes.h"
 #include "files/FileCommands.h"
 #include "files_list/ListFakes.h"
 #include "platform/linux/FileTransfer.h"
@@ -10,11 +9,9 @@
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QWidget>
@@ -43,43 +40,14 @@ public:
     void release() { QFileInfo::exists(file("release")); }
 };
 
-// The real desktop layer with the folder chooser answered by the test.
-class ChoosingShell final : public platform::Shell
-{
-public:
-    platform::LinuxShell real;
-    QString folder;
-
-    FileOpResult copyInto(const QString& s, const QString& f, QWidget* o) override
-    {
-        return real.copyInto(s, f, o);
-    }
-    FileOpResult moveInto(const QString& s, const QString& f, QWidget* o) override
-    {
-        return real.moveInto(s, f, o);
-    }
-    FileOpResult moveToTrash(const QString& p) override { return real.moveToTrash(p); }
-    FileOpResult deletePermanently(const QString& p) override { return real.deletePermanently(p); }
-    int rename(const QString& a, const QString& b) override { return real.rename(a, b); }
-    bool hasDefaultApplication(const QString& p) override { return real.hasDefaultApplication(p); }
-    bool open(const QString&) override { return true; }
-    bool openWith(const QString&) override { return true; }
-    bool showProperties(const QString&, QWidget*) override { return true; }
-    QString chooseFolder(const QString&, QWidget*) override { return folder; }
-    QString typeName(const QString& p) override { return real.typeName(p); }
-};
-
 class FilesFuseTest : public ::testing::Test
 {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(dir.isValid());
-        disc = std::make_unique<FaultyFolder>(dir.filePath(QStringLiteral("fs")));
+        world.shell.real = &linuxShell;
+        disc = std::make_unique<FaultyFolder>(world.path(QStringLiteral("fs")));
         VINDARO_SKIP_UNLESS_MOUNTED(*disc);
-        volumes.add(QStringLiteral("/"), platform::kDriveFixed, QStringLiteral("/dev/sda1"));
-        out = dir.filePath(QStringLiteral("out"));
-        QDir().mkpath(out);
     }
     void TearDown() override
     {
@@ -99,26 +67,20 @@ protected:
         list.RefreshFileList();
     }
 
-    QTemporaryDir dir;
+    vindaro::testing::ListWorld world;
+    vindaro::testing::ScriptedPrompter& prompts = world.prompts;
+    platform::LinuxShell linuxShell;
     std::unique_ptr<FaultyFolder> disc;
-    QString out;
-    vindaro::testing::FakeVolumes volumes;
-    ChoosingShell shell;
-    files::FileSystem fs{volumes, shell};
-    vindaro::testing::ScriptedPrompter prompts;
-    files::FileListModel list{fs};
-    files::FileCommands commands{list, fs, prompts, prompts, nullptr};
+    QString out = world.folder(QStringLiteral("out"));
+    files::FileListModel list{world.fs};
+    files::FileCommands commands{list, world.fs, prompts, prompts, nullptr};
 };
 
 TEST_F(FilesFuseTest, CopyIntoAFolderThatRefusesWritesIsToldAndKeepsTheEntry)
 {
-    const QString source = dir.filePath(QStringLiteral("a.dat"));
-    QFile file(source);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray(100'000, 'v'));
-    file.close();
+    const QString source = world.file(QStringLiteral("a.dat"), 100'000);
     listOnly(source);
-    shell.folder = disc->mountPoint();
+    world.shell.chosenFolder = disc->mountPoint();
 
     commands.CopyTo();
 
@@ -153,7 +115,7 @@ TEST_F(FilesFuseTest, MoveAcrossFileSystemsThatFailsMidwayKeepsTheSource)
 {
     const QString bad = disc->file("bad.dat");
     listOnly(bad);
-    shell.folder = out;
+    world.shell.chosenFolder = out;
     commands.MoveTo();
     ASSERT_EQ(prompts.notices.size(), 1);
     EXPECT_TRUE(prompts.notices.first().contains(qt_error_string(EIO)))
@@ -163,7 +125,7 @@ TEST_F(FilesFuseTest, MoveAcrossFileSystemsThatFailsMidwayKeepsTheSource)
     EXPECT_EQ(outEntries(), QStringList{});
 
     // The same move of a readable file removes its source, so the check above means something.
-    const FileOpResult moved = shell.real.moveInto(disc->file("good.dat"), out, nullptr);
+    const FileOpResult moved = linuxShell.moveInto(disc->file("good.dat"), out, nullptr);
     EXPECT_TRUE(moved.done()) << moved.error;
     EXPECT_FALSE(QFileInfo::exists(disc->file("good.dat")));
     EXPECT_EQ(QFileInfo(out + QStringLiteral("/good.dat")).size(), 3 * 1024 * 1024);
@@ -180,7 +142,7 @@ TEST_F(FilesFuseTest, CancelDuringAHangingReadReturnsAtOnceAndLeavesNoPartialFil
     old.write("the user's own file");
     old.close();
     QStringList asked;
-    shell.real.setReplaceQuestion([&](const QString& target, QWidget*) {
+    linuxShell.setReplaceQuestion([&](const QString& target, QWidget*) {
         asked << target;
         return true;
     });
@@ -203,7 +165,7 @@ TEST_F(FilesFuseTest, CancelDuringAHangingReadReturnsAtOnceAndLeavesNoPartialFil
     });
     giveUp.start(30000);
 
-    const FileOpResult result = shell.real.copyInto(disc->file("hang.dat"), out, &owner);
+    const FileOpResult result = linuxShell.copyInto(disc->file("hang.dat"), out, &owner);
 
     ASSERT_TRUE(sinceCancel.isValid()) << "the read never hung";
     EXPECT_LT(sinceCancel.elapsed(), 2000);
