@@ -26,17 +26,22 @@ using platform::FileOpResult;
 
 namespace {
 
-// The file system of FaultyFolderFs.cpp, mounted for the life of the object.
+// A folder of four files of 3 MiB that refuses every write: good.dat reads fine, bad.dat fails from 2 MiB on
+// (a scratch in the middle), hang.dat's reads from 1 MiB on hang until released, locked.dat cannot be
+// removed. Mounted for the life of the object.
 class FaultyFolder : public vindaro::testing::FuseMount
 {
 public:
     explicit FaultyFolder(const QString& mountPoint)
-        : FuseMount(QStringLiteral(FAULTY_FOLDER_FS), mountPoint, {})
+        : FuseMount(QStringLiteral(FAULTY_FS), mountPoint,
+            {QStringLiteral("good.dat:3145728"), QStringLiteral("bad.dat:3145728:eio@2097152+1048576"),
+                QStringLiteral("hang.dat:3145728:hang@1048576+2097152"),
+                QStringLiteral("locked.dat:3145728:locked")})
     {
     }
     ~FaultyFolder() override { release(); }
     QString file(const char* name) const { return path(QLatin1String(name)); }
-    // Lets every hanging read go on (they then fail).
+    // Lets every hanging read go on.
     void release() { QFileInfo::exists(file("release")); }
 };
 
@@ -150,7 +155,7 @@ TEST_F(FilesFuseTest, CancelDuringAHangingReadReturnsAtOnceAndLeavesNoPartialFil
     QWidget owner;
     QElapsedTimer sinceCancel;
     QObject::connect(&disc->process(), &QProcess::readyReadStandardOutput, &owner, [&] {
-        if (!disc->process().readAllStandardOutput().contains("hanging") || sinceCancel.isValid())
+        if (!disc->process().readAllStandardOutput().contains("hang") || sinceCancel.isValid())
             return;
         auto* cancel = owner.findChild<QPushButton*>();
         ASSERT_NE(cancel, nullptr);

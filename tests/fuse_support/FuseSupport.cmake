@@ -45,3 +45,7 @@ function(vindaro_fuse_test name)
     target_compile_definitions(${name} PRIVATE ${macro}="$<TARGET_FILE:${program}>")
   endforeach()
 endfunction()
+
+# Read-only files with read errors, hanging reads and refused removals, for the file commands' and the media
+# windows' tests.
+vindaro_fuse_program(faulty_fs SOURCES ${CMAKE_CURRENT_LIST_DIR}/FaultyFs.cpp)
