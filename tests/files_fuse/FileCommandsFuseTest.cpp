@@ -23,6 +23,7 @@
 
 using namespace vindaro;
 using platform::FileOpResult;
+using vindaro::testing::listOnly;
 
 namespace {
 
@@ -65,12 +66,6 @@ protected:
     {
         return QDir(out).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     }
-    void listOnly(const QString& path)
-    {
-        list.ResetFileList();
-        list.appendEntries({path});
-        list.RefreshFileList();
-    }
 
     vindaro::testing::ListWorld world;
     vindaro::testing::ScriptedPrompter& prompts = world.prompts;
@@ -84,7 +79,7 @@ protected:
 TEST_F(FilesFuseTest, CopyIntoAFolderThatRefusesWritesIsToldAndKeepsTheEntry)
 {
     const QString source = world.file(QStringLiteral("a.dat"), 100'000);
-    listOnly(source);
+    listOnly(list, source);
     world.shell.chosenFolder = disc->mountPoint();
 
     commands.CopyTo();
@@ -100,7 +95,7 @@ TEST_F(FilesFuseTest, FailedDeleteAndTrashAreToldAndKeepTheEntry)
 {
     const QString locked = disc->file("locked.dat");
     for (const int answer : {int(platform::kAnswerYes), int(platform::kAnswerNo)}) {
-        listOnly(locked);
+        listOnly(list, locked);
         prompts.notices.clear();
         prompts.answers << answer;
         commands.Delete();
@@ -119,7 +114,7 @@ TEST_F(FilesFuseTest, FailedDeleteAndTrashAreToldAndKeepTheEntry)
 TEST_F(FilesFuseTest, MoveAcrossFileSystemsThatFailsMidwayKeepsTheSource)
 {
     const QString bad = disc->file("bad.dat");
-    listOnly(bad);
+    listOnly(list, bad);
     world.shell.chosenFolder = out;
     commands.MoveTo();
     ASSERT_EQ(prompts.notices.size(), 1);

@@ -14,6 +14,7 @@ using namespace Qt::StringLiterals;
 using files::FileCommands;
 using files::FileListModel;
 using platform::FileOpResult;
+using vindaro::testing::listOnly;
 
 namespace {
 
@@ -26,12 +27,6 @@ protected:
     FileCommands commands{list, world.fs, prompts, prompts, nullptr};
 
     void SetUp() override { commands.setOsName(u"Debian GNU/Linux 12 (bookworm)"_s); }
-    void listOnly(const QString& path)
-    {
-        list.ResetFileList();
-        list.appendEntries({path});
-        list.RefreshFileList();
-    }
 };
 
 TEST_F(FileCommandsTest, GuardedCommandsDoNothingOnAVanishedFileOrEmptyList)
@@ -87,7 +82,7 @@ TEST_F(FileCommandsTest, EntryLeavesOnlyOnSuccessAndFailuresAreTold)
         const std::string label = std::string(row.command) + (row.outcome ? " forced" : " acting");
         const QString a = world.file(u"a.dat"_s);
         QFile::remove(world.path(u"target/a.dat"_s));
-        listOnly(a);
+        listOnly(list, a);
         prompts.notices.clear();
         prompts.asked.clear();
         world.shell.calls.clear();

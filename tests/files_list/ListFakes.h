@@ -3,6 +3,7 @@
 // the questions and choosers. The media and FUSE tests use them too.
 
 #include "fakes/FakeVolumes.h"
+#include "files/FileListModel.h"
 #include "files/FileSystem.h"
 #include "files/ListPrompts.h"
 #include "platform/Shell.h"
@@ -144,5 +145,13 @@ struct ListWorld
         return path(relative);
     }
 };
+
+// Makes `path` the list's one entry, current and refreshed.
+inline void listOnly(files::FileListModel& list, const QString& path)
+{
+    list.ResetFileList();
+    list.appendEntries({path});
+    list.RefreshFileList();
+}
 
 } // namespace vindaro::testing
