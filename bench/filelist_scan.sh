@@ -13,4 +13,4 @@ fi
 ninja -C "$build" -j2 filelist_scan_bench >/dev/null
 tree=$(mktemp -d)
 trap 'rm -rf "$tree"' EXIT
-QT_QPA_PLATFORM=offscreen "$build/tests/files_list/filelist_scan_bench" "$tree" "$files" "$per"
+QT_QPA_PLATFORM=offscreen "$build/bench/files_list/filelist_scan_bench" "$tree" "$files" "$per"

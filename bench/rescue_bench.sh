@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # What each tool rescues from a scratched disc, and what it costs: a FUSE file system of ours
-# (tests/fuse_support/DamagedDiscFs.cpp) serves one file whose seeded bad 2,048-byte sectors fail every read
+# (bench/rescue/DamagedDiscFs.cpp) serves one file whose seeded bad 2,048-byte sectors fail every read
 # that touches them after a set delay (a real drive takes 2 to 30 s). Each tool copies it once, from a fresh
 # mount; the file system counts the reads and failed reads, and a check compares the copy with the disc:
 # bytes recovered of the readable bytes, wrong bytes (neither the disc's byte nor 0), wall time.
@@ -15,7 +15,7 @@ delay_ms=${3:-50}
 seed=${4:-1}
 size=$((size_mib * 1024 * 1024))
 tool="$build_dir/src/copy/vindaro-copy"
-fs="$build_dir/tests/damaged_disc_fs"
+fs="$build_dir/bench/rescue/damaged_disc_fs"
 [ -x "$tool" ] || { echo "build vindaro-copy first ($tool)" >&2; exit 1; }
 [ -x "$fs" ] || { echo "build damaged_disc_fs first ($fs; needs libfuse3-dev)" >&2; exit 1; }
 command -v fusermount3 >/dev/null || { echo "fusermount3 is missing (apt-get install fuse3)" >&2; exit 1; }

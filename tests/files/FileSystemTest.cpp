@@ -2,6 +2,7 @@
 
 #include "fakes/FakeShell.h"
 #include "fakes/FakeVolumes.h"
+#include "files/FileTexts.h"
 #include "platform/linux/LinuxVolumes.h"
 
 #include <QDir>
@@ -14,6 +15,7 @@
 #include <cerrno>
 
 using namespace vindaro;
+using namespace Qt::StringLiterals;
 using files::FileSystem;
 
 namespace {
@@ -23,15 +25,17 @@ class RecordingHost final : public platform::Host
 {
 public:
     QList<platform::MessageBox> boxes;
-    int yields = 0;
     int showBox(const platform::MessageBox& box) override
     {
         boxes.append(box);
         return platform::kAnswerOk;
     }
     void log(const QString&) override { }
-    void yield() override { ++yields; }
+    void yield() override { }
 };
+
+const platform::VolumeSpace kCdSpace{734'003'200, 0, 0, 2048, 1, 358'400, 0};
+const platform::VolumeIdentity kCdIdentity{u"VIDEOCD"_s, 0, u"iso9660"_s};
 
 class FileSystemTest : public ::testing::Test
 {
@@ -39,27 +43,24 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(dir.isValid());
-        volumes.add(
-            QStringLiteral("/"), platform::kDriveFixed, QStringLiteral("/dev/sda1"), QStringLiteral("ext4"));
-        volumes.add(QStringLiteral("/home"), platform::kDriveFixed, QStringLiteral("/dev/sda2"),
-            QStringLiteral("ext4"));
-        volumes.add(QStringLiteral("/media/cdrom"), platform::kDriveCdRom, QStringLiteral("/dev/sr0"),
-            QStringLiteral("iso9660"));
-        volumes.add(QStringLiteral("/media/usb"), platform::kDriveRemovable, QStringLiteral("/dev/sdb1"),
-            QStringLiteral("vfat"));
-        volumes.add(QStringLiteral("/mnt/floppy"), platform::kDriveRemovable, QStringLiteral("/dev/fd0"),
-            QStringLiteral("vfat"));
-        volumes.add(QStringLiteral("/net/share"), platform::kDriveRemote, QStringLiteral("srv:/export"),
-            QStringLiteral("nfs4"));
-        volumes.add(QStringLiteral("/dev/shm"), platform::kDriveRamDisk, QStringLiteral("tmpfs"),
-            QStringLiteral("tmpfs"));
-        volumes.add(QStringLiteral("/mnt/odd"), platform::kDriveUnknown);
-        volumes.spaces.insert(
-            QStringLiteral("/media/cdrom"), platform::VolumeSpace{734'003'200, 0, 0, 2048, 1, 358'400, 0});
-        volumes.spaces.insert(QStringLiteral("/"),
+        const struct
+        {
+            const char* mount;
+            int kind;
+            const char* device;
+        } mounts[]
+            = {{"/", platform::kDriveFixed, "/dev/sda1"}, {"/home", platform::kDriveFixed, "/dev/sda2"},
+                {"/media/cdrom", platform::kDriveCdRom, "/dev/sr0"},
+                {"/media/usb", platform::kDriveRemovable, "/dev/sdb1"},
+                {"/mnt/floppy", platform::kDriveRemovable, "/dev/fd0"},
+                {"/net/share", platform::kDriveRemote, "srv:/x"},
+                {"/dev/shm", platform::kDriveRamDisk, "tmpfs"}, {"/mnt/odd", platform::kDriveUnknown, ""}};
+        for (const auto& m : mounts)
+            volumes.add(QString::fromUtf8(m.mount), m.kind, QString::fromUtf8(m.device));
+        volumes.spaces.insert(u"/media/cdrom"_s, kCdSpace);
+        volumes.spaces.insert(u"/"_s,
             platform::VolumeSpace{10'000'000'000, 3'000'000'000, 3'500'000'000, 4096, 1, 2'441'406, 854'492});
-        volumes.identities.insert(QStringLiteral("/media/cdrom"),
-            platform::VolumeIdentity{QStringLiteral("VIDEOCD"), 0, QStringLiteral("iso9660")});
+        volumes.identities.insert(u"/media/cdrom"_s, kCdIdentity);
     }
 
     QString make(const QString& name, const QByteArray& bytes = "data")
@@ -78,215 +79,184 @@ protected:
     FileSystem fs{volumes, shell, &host};
 };
 
-TEST_F(FileSystemTest, ExistenceIgnoresBlanksAndOneClosingSlash)
+// Blanks and one closing slash are ignored; wildcards match in the last component; a folder is a file too.
+TEST_F(FileSystemTest, ExistenceOfRealEntries)
 {
-    const QString file = make(QStringLiteral("x"));
-    const QString folder = dir.filePath(QStringLiteral("sub"));
-    ASSERT_TRUE(QDir().mkdir(folder));
-
-    EXPECT_TRUE(fs.FileExists(file));
-    EXPECT_TRUE(fs.FileExists(QStringLiteral("  ") + file + QStringLiteral("/ ")));
-    EXPECT_TRUE(fs.FileExists(folder + QLatin1Char('/'))); // a folder counts as existing
-    EXPECT_TRUE(fs.FolderExists(QStringLiteral(" ") + folder + QStringLiteral("/")));
-    EXPECT_FALSE(fs.FolderExists(file));
-    EXPECT_FALSE(fs.FileExists(dir.filePath(QStringLiteral("missing"))));
-    EXPECT_FALSE(fs.FileExists(QString()));
-    EXPECT_FALSE(fs.FileExists(QStringLiteral("   ")));
-    EXPECT_TRUE(fs.FolderExists(QStringLiteral("/")));
-}
-
-TEST_F(FileSystemTest, ExistenceMatchesWildcardsInTheLastComponent)
-{
-    make(QStringLiteral("AVSEQ01.DAT"));
-    ASSERT_TRUE(QDir().mkdir(dir.filePath(QStringLiteral("MPEGAV"))));
-    EXPECT_TRUE(fs.FileExists(dir.filePath(QStringLiteral("*.DAT"))));
-    EXPECT_TRUE(fs.FileExists(dir.filePath(QStringLiteral("AVSEQ0?.DAT"))));
-    EXPECT_FALSE(fs.FileExists(dir.filePath(QStringLiteral("*.vob"))));
-    EXPECT_TRUE(fs.FolderExists(dir.filePath(QStringLiteral("MPEG*"))));
-    EXPECT_FALSE(fs.FolderExists(dir.filePath(QStringLiteral("AVSEQ*"))));
+    make(u"AVSEQ01.DAT"_s);
+    ASSERT_TRUE(QDir().mkdir(dir.filePath(u"MPEGAV"_s)));
+    const QString d = dir.path() + u'/';
+    const struct
+    {
+        QString path;
+        bool file;
+        bool folder;
+    } rows[] = {
+        {d + u"AVSEQ01.DAT"_s, true, false},
+        {u"  "_s + d + u"AVSEQ01.DAT/ "_s, true, false},
+        {u" "_s + d + u"MPEGAV/"_s, true, true},
+        {d + u"missing"_s, false, false},
+        {QString(), false, false},
+        {u"   "_s, false, false},
+        {u"/"_s, true, true},
+        {d + u"*.DAT"_s, true, false},
+        {d + u"AVSEQ0?.DAT"_s, true, false},
+        {d + u"*.vob"_s, false, false},
+        {d + u"MPEG*"_s, true, true},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(fs.FileExists(row.path), row.file) << row.path.toStdString();
+        EXPECT_EQ(fs.FolderExists(row.path), row.folder) << row.path.toStdString();
+    }
 }
 
 TEST_F(FileSystemTest, AttributesOfRealEntries)
 {
-    const QString folder = dir.filePath(QStringLiteral("plain"));
+    const QString folder = dir.filePath(u"plain"_s);
     ASSERT_TRUE(QDir().mkdir(folder));
-    const QString readOnly = make(QStringLiteral("ro.dat"));
+    const QString readOnly = make(u"ro.dat"_s);
     ASSERT_TRUE(QFile::setPermissions(readOnly, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
-    const QString writable = make(QStringLiteral("rw.dat"));
-    const QString hidden = make(QStringLiteral(".hidden"));
-    const QString link = dir.filePath(QStringLiteral("link"));
-    ASSERT_TRUE(QFile::link(writable, link));
-
-    EXPECT_EQ(fs.GetFileAttributesNumber(folder), 16);
-    EXPECT_EQ(fs.GetFileAttributesStr(folder), QStringLiteral("未知(16)"));
-    EXPECT_EQ(fs.GetFileAttributesNumber(folder + QLatin1Char('/')), 16);
-    EXPECT_EQ(fs.GetFileAttributesNumber(readOnly), 33);
-    EXPECT_EQ(fs.GetFileAttributesStr(readOnly), QStringLiteral("只读,存档"));
-    EXPECT_EQ(fs.GetFileAttributesStr(writable), QStringLiteral("存档"));
-    EXPECT_EQ(fs.GetFileAttributesStr(hidden), QStringLiteral("隐藏,存档"));
-    EXPECT_EQ(fs.GetFileAttributesStr(link), QStringLiteral("链接或快捷方式"));
-    EXPECT_EQ(fs.GetFileAttributesNumber(dir.filePath(QStringLiteral("missing"))), -1);
-    EXPECT_EQ(fs.GetFileAttributesStr(dir.filePath(QStringLiteral("missing"))), QString());
+    const QString link = dir.filePath(u"link"_s);
+    ASSERT_TRUE(QFile::link(make(u"rw.dat"_s), link));
+    const struct
+    {
+        QString path;
+        int word;
+    } rows[] = {{folder, 16}, {folder + u'/', 16}, {readOnly, 33}, {dir.filePath(u"rw.dat"_s), 32},
+        {make(u".hidden"_s), 34}, {link, 64}, {dir.filePath(u"missing"_s), -1}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(fs.GetFileAttributesNumber(row.path), row.word) << row.path.toStdString();
+        EXPECT_EQ(fs.GetFileAttributesStr(row.path), files::attributeText(row.word));
+    }
 }
 
-TEST_F(FileSystemTest, DriveKindTextsByMountPoint)
+TEST_F(FileSystemTest, DriveKindsBySpaceAndMountPoint)
 {
     const struct
     {
         const char* path;
         int kind;
-        const char* text;
-    } cases[] = {
-        {"/etc/passwd", 3, "本地磁盘"},
-        {"/home/u/a.dat", 3, "本地磁盘"},
-        {"/media/cdrom/MPEGAV", 5, "光盘"},
-        {"/media/usb/a", 2, "可移动磁盘"},
-        {"/mnt/floppy/a.txt", 2, "3.5英寸软盘"},
-        {"/net/share/x", 4, "远程磁盘"},
-        {"/dev/shm/x", 6, "Ram磁盘"},
-        {"/mnt/odd", 0, "未知磁盘"},
-        {"Q:\\x", 0, ""},
-        {"", 0, ""},
-    };
-    for (const auto& c : cases) {
-        const QString path = QString::fromUtf8(c.path);
-        EXPECT_EQ(fs.GetDriveType(path), c.kind) << c.path;
-        EXPECT_EQ(fs.GetDriveTypeStr(path), QString::fromUtf8(c.text)) << c.path;
-        EXPECT_EQ(fs.DriveExists(path), path.startsWith(QLatin1Char('/'))) << c.path;
+        bool floppy;
+    } rows[] = {{"/etc/passwd", 3, false}, {"/home/u/a.dat", 3, false}, {"/media/cdrom/MPEGAV", 5, false},
+        {"/media/usb/a", 2, false}, {"/mnt/floppy/a.txt", 2, true}, {"/net/share/x", 4, false},
+        {"/dev/shm/x", 6, false}, {"/mnt/odd", 0, false}, {"Q:\\x", 0, false}, {"", 0, false}};
+    for (const auto& row : rows) {
+        const QString path = QString::fromUtf8(row.path);
+        const bool exists = path.startsWith(u'/');
+        EXPECT_EQ(fs.GetDriveType(path), row.kind) << row.path;
+        EXPECT_EQ(fs.GetDriveTypeStr(path), exists ? files::driveKindText(row.kind, row.floppy) : QString());
+        EXPECT_EQ(fs.DriveExists(path), exists) << row.path;
     }
+    EXPECT_EQ(fs.GetFixedDiskList(), u"//home/"_s);
+    EXPECT_EQ(fs.GetDiskSpaceSize(u"/etc"_s, 0), 10'000'000'000.0);
+    EXPECT_EQ(fs.GetDiskSpaceSize(u"/etc"_s, 1), 3'000'000'000.0);
+    EXPECT_EQ(fs.GetDiskSpaceSize(u"/etc"_s, 2), 6'500'000'000.0);
+    EXPECT_EQ(fs.GetDiskSpaceSize(u"/etc"_s, 5), 0.0);
+    EXPECT_EQ(fs.GetDiskSpaceSize(u"Q:\\"_s, 0), -1.0); // no such drive
+    EXPECT_EQ(fs.GetDiskSpaceSize(u"/media/usb/a"_s, 0), -1.0); // no figures
+    EXPECT_TRUE(fs.SetDiskVolumeLabel(u"/media/usb/x"_s, u"NEW"_s));
+    EXPECT_EQ(volumes.labelsSet.value(u"/media/usb"_s), u"NEW"_s);
+    EXPECT_FALSE(fs.SetDiskVolumeLabel(u"E:\\"_s, u"NEW"_s));
 }
 
-TEST_F(FileSystemTest, DiskSpaceByKind)
+TEST_F(FileSystemTest, DiskInformationComesFromTheVolumeOfThePath)
 {
-    EXPECT_EQ(fs.GetDiskSpaceSize(QStringLiteral("/etc"), 0), 10'000'000'000.0);
-    EXPECT_EQ(fs.GetDiskSpaceSize(QStringLiteral("/etc"), 1), 3'000'000'000.0);
-    EXPECT_EQ(fs.GetDiskSpaceSize(QStringLiteral("/etc"), 2), 6'500'000'000.0);
-    EXPECT_EQ(fs.GetDiskSpaceSize(QStringLiteral("/etc"), 5), 0.0);
-    EXPECT_EQ(fs.GetDiskSpaceSize(QStringLiteral("Q:\\"), 0), -1.0); // no such drive
-    EXPECT_EQ(fs.GetDiskSpaceSize(QStringLiteral("/media/usb/a"), 0), -1.0); // no figures
-}
-
-TEST_F(FileSystemTest, DiskInformationOfAnOpticalDisc)
-{
-    const QString root = QStringLiteral("/media/cdrom/");
-    EXPECT_EQ(fs.GetDiskInformation(root, 5), QStringLiteral("序列号："));
-    EXPECT_EQ(fs.GetDiskInformation(root, 0), QStringLiteral("总计空间：734,003,200 字节"));
+    const QString root = u"/media/cdrom/"_s;
+    QStringList lines;
+    for (int kind = 0; kind <= 10; ++kind) {
+        lines << files::diskInformationLine(kind, kCdSpace, kCdIdentity);
+        EXPECT_EQ(fs.GetDiskInformation(root, kind), lines.last());
+    }
+    EXPECT_EQ(fs.GetDiskInformationStr(root), lines.join(u"\r\n"_s));
     EXPECT_EQ(fs.GetDiskInformation(root, 11), QString());
     EXPECT_EQ(fs.GetDiskInformationA(root, 0).toLongLong(), 734'003'200LL);
-    EXPECT_EQ(fs.GetDiskInformationA(root, 4).toString(), QStringLiteral("VIDEOCD"));
-    EXPECT_EQ(fs.GetDiskInformationStr(root),
-        QStringLiteral("总计空间：734,003,200 字节\r\n可用空间：0 字节\r\n可用空间：0 字节\r\n"
-                       "已用空间：734,003,200 字节\r\n卷标：VIDEOCD\r\n序列号：\r\n文件系统：iso9660\r\n"
-                       "总的簇数：358400\r\n每簇的扇区数：1\r\n每扇区的字节数：2048\r\n剩余的簇数：0"));
-}
-
-TEST_F(FileSystemTest, DiskInformationWithoutFiguresIsEmpty)
-{
-    EXPECT_EQ(fs.GetDiskInformation(QStringLiteral("/media/usb"), 0), QString()); // space query fails
-    EXPECT_EQ(fs.GetDiskInformationStr(QStringLiteral("/media/usb")), QString());
-    EXPECT_FALSE(fs.GetDiskInformationA(QStringLiteral("/media/usb"), 0).isValid());
-    EXPECT_EQ(fs.GetDiskInformation(QStringLiteral("relative"), 0), QString());
-    // Space known, identity not: the label line is there, empty.
-    EXPECT_EQ(fs.GetDiskInformation(QStringLiteral("/"), 4), QStringLiteral("卷标："));
+    EXPECT_EQ(fs.GetDiskInformationA(root, 4).toString(), u"VIDEOCD"_s);
+    // No figures: nothing at all; figures without an identity: the label line is there, empty.
+    EXPECT_EQ(fs.GetDiskInformation(u"/media/usb"_s, 0), QString());
+    EXPECT_EQ(fs.GetDiskInformationStr(u"/media/usb"_s), QString());
+    EXPECT_FALSE(fs.GetDiskInformationA(u"/media/usb"_s, 0).isValid());
+    EXPECT_EQ(fs.GetDiskInformation(u"relative"_s, 0), QString());
+    EXPECT_EQ(fs.GetDiskInformation(u"/"_s, 4), files::diskInformationLine(4, {}, {}));
 }
 
 // A chroot without a mount table: the drive facts of a real folder come from the folder itself.
 TEST_F(FileSystemTest, DriveFactsOfAPathTheMountTableDoesNotCover)
 {
-    platform::LinuxVolumes uncovered(dir.filePath(QStringLiteral("no-mountinfo")));
+    platform::LinuxVolumes uncovered(dir.filePath(u"no-mountinfo"_s));
     FileSystem chroot(uncovered, shell, &host);
-    const QString path = dir.filePath(QStringLiteral("new.dat"));
+    const QString path = dir.filePath(u"new.dat"_s);
     EXPECT_TRUE(chroot.DriveExists(path));
     EXPECT_TRUE(chroot.DriveIsReady(path));
     EXPECT_GT(chroot.GetDiskSpaceSize(path, 0), 0.0);
     EXPECT_NE(chroot.GetDriveType(path), platform::kDriveUnknown);
-    EXPECT_NE(chroot.GetDiskInformation(path, 6), QStringLiteral("文件系统：")); // the type is named
-}
-
-TEST_F(FileSystemTest, FixedDiskListJoinsRootsWithClosingSlashes)
-{
-    EXPECT_EQ(fs.GetFixedDiskList(), QStringLiteral("//home/"));
+    EXPECT_NE(chroot.GetDiskInformation(path, 6), files::diskInformationLine(6, {}, {})); // the type is named
 }
 
 TEST_F(FileSystemTest, DrivePropertyOfADriveWithoutMedium)
 {
-    volumes.notReady.insert(QStringLiteral("/media/cdrom"));
-    EXPECT_FALSE(fs.DriveIsReady(QStringLiteral("/media/cdrom/x")));
-    fs.ShowDriveProperty(QStringLiteral("/media/cdrom/x"), nullptr);
+    volumes.notReady.insert(u"/media/cdrom"_s);
+    EXPECT_FALSE(fs.DriveIsReady(u"/media/cdrom/x"_s));
+    fs.ShowDriveProperty(u"/media/cdrom/x"_s, nullptr);
     ASSERT_EQ(host.boxes.size(), 1);
-    EXPECT_EQ(host.boxes[0].text, QStringLiteral("驱动器没有准备好."));
-    EXPECT_EQ(host.boxes[0].title, QStringLiteral("[/media/cdrom/]属性"));
+    EXPECT_EQ(host.boxes[0].text, u"驱动器没有准备好."_s);
+    EXPECT_EQ(host.boxes[0].title, u"[/media/cdrom/]属性"_s);
     EXPECT_EQ(host.boxes[0].icon, platform::BoxIcon::Exclamation);
     EXPECT_TRUE(shell.calls.isEmpty());
 
-    EXPECT_TRUE(fs.DriveIsReady(QStringLiteral("/media/usb")));
-    fs.ShowDriveProperty(QStringLiteral("/media/usb/a/b"), nullptr);
-    EXPECT_EQ(shell.calls, QStringList{QStringLiteral("showProperties /media/usb")});
+    fs.ShowDriveProperty(u"/media/usb/a/b"_s, nullptr);
+    EXPECT_EQ(shell.calls, QStringList{u"showProperties /media/usb"_s});
     EXPECT_EQ(host.boxes.size(), 1);
 }
 
 TEST_F(FileSystemTest, FolderChooserAnswersEndInASlash)
 {
-    const struct
-    {
-        const char* chosen;
-        const char* answer;
-    } cases[] = {{"/media/cdrom", "/media/cdrom/"}, {"/", "/"}, {"/video/", "/video/"}, {"", ""}};
-    for (const auto& c : cases) {
-        shell.chosenFolder = QString::fromUtf8(c.chosen);
-        EXPECT_EQ(fs.GetBrowseDirectoryWinNT(nullptr, QStringLiteral("t")), QString::fromUtf8(c.answer));
-        EXPECT_EQ(fs.GetBrowseDirectoryWin9X(nullptr, QStringLiteral("t")), QString::fromUtf8(c.answer));
+    for (const auto& [chosen, answer] : {std::pair{u"/media/cdrom"_s, u"/media/cdrom/"_s}, {u"/"_s, u"/"_s},
+             {u"/video/"_s, u"/video/"_s}, {QString(), QString()}}) {
+        shell.chosenFolder = chosen;
+        EXPECT_EQ(fs.GetBrowseDirectoryWinNT(nullptr, u"t"_s), answer);
+        EXPECT_EQ(fs.GetBrowseDirectoryWin9X(nullptr, u"t"_s), answer);
     }
 }
 
 TEST_F(FileSystemTest, CopyAndMoveAskForAFolderFirst)
 {
-    shell.chosenFolder.clear();
-    EXPECT_FALSE(fs.FileCopyTo(nullptr, QStringLiteral("/a/b.dat")));
-    EXPECT_EQ(shell.calls, QStringList{QStringLiteral("chooseFolder")});
-    EXPECT_EQ(shell.lastChooserTitle, QStringLiteral("选择文件保存路径"));
+    EXPECT_FALSE(fs.FileCopyTo(nullptr, u"/a/b.dat"_s));
+    EXPECT_EQ(shell.calls, QStringList{u"chooseFolder"_s});
+    EXPECT_EQ(shell.lastChooserTitle, u"选择文件保存路径"_s);
 
     shell.calls.clear();
-    shell.chosenFolder = QStringLiteral("/backup");
+    shell.chosenFolder = u"/backup"_s;
     // The transfer fails: still true, and the failure reaches the caller.
     shell.transferAnswer = platform::FileOpResult::failed(
-        platform::FileOpResult::Step::WriteTarget, EROFS, QStringLiteral("/backup/b.dat"));
+        platform::FileOpResult::Step::WriteTarget, EROFS, u"/backup/b.dat"_s);
     platform::FileOpResult copied;
     platform::FileOpResult moved;
-    EXPECT_TRUE(fs.FileCopyTo(nullptr, QStringLiteral("/a/b.dat"), &copied));
-    EXPECT_TRUE(fs.FileMoveTo(nullptr, QStringLiteral("/a/c.dat"), &moved));
+    EXPECT_TRUE(fs.FileCopyTo(nullptr, u"/a/b.dat"_s, &copied));
+    EXPECT_TRUE(fs.FileMoveTo(nullptr, u"/a/c.dat"_s, &moved));
     EXPECT_EQ(copied.error, EROFS);
     EXPECT_EQ(moved.error, EROFS);
     EXPECT_EQ(shell.calls,
-        (QStringList{QStringLiteral("chooseFolder"), QStringLiteral("copyInto /a/b.dat -> /backup/"),
-            QStringLiteral("chooseFolder"), QStringLiteral("moveInto /a/c.dat -> /backup/")}));
-}
-
-TEST_F(FileSystemTest, RenameIsTrueOnlyWhenTheShellSucceeds)
-{
-    EXPECT_TRUE(fs.ReName(QStringLiteral("/a"), QStringLiteral("/b")));
-    shell.renameAnswer = 17;
-    EXPECT_FALSE(fs.ReName(QStringLiteral("/a"), QStringLiteral("/b")));
+        (QStringList{u"chooseFolder"_s, u"copyInto /a/b.dat -> /backup/"_s, u"chooseFolder"_s,
+            u"moveInto /a/c.dat -> /backup/"_s}));
 }
 
 TEST_F(FileSystemTest, OpeningFallsBackToTheChooser)
 {
-    fs.OpenFile(dir.filePath(QStringLiteral("missing")), nullptr);
-    fs.FileOpenStyle(dir.filePath(QStringLiteral("missing")));
+    fs.OpenFile(dir.filePath(u"missing"_s), nullptr);
+    fs.FileOpenStyle(dir.filePath(u"missing"_s));
     EXPECT_TRUE(shell.calls.isEmpty());
 
     // Associated: open; no default application: straight to the chooser; associated but failing to start:
     // the chooser too.
-    const QString file = make(QStringLiteral("a.dat"));
+    const QString file = make(u"a.dat"_s);
     const struct
     {
         bool associated;
         bool starts;
         QStringList calls;
     } rows[] = {
-        {true, true, {QStringLiteral("open ") + file}},
-        {false, true, {QStringLiteral("openWith ") + file}},
-        {true, false, {QStringLiteral("open ") + file, QStringLiteral("openWith ") + file}},
+        {true, true, {u"open "_s + file}},
+        {false, true, {u"openWith "_s + file}},
+        {true, false, {u"open "_s + file, u"openWith "_s + file}},
     };
     for (const auto& row : rows) {
         shell.calls.clear();
@@ -298,45 +268,38 @@ TEST_F(FileSystemTest, OpeningFallsBackToTheChooser)
 
     shell.calls.clear();
     fs.OpenFolder(file, nullptr);
-    EXPECT_EQ(shell.calls, QStringList{QStringLiteral("open ") + dir.path() + QLatin1Char('/')});
+    EXPECT_EQ(shell.calls, QStringList{u"open "_s + dir.path() + u'/'});
+    // The type name is the desktop's, else made from the extension.
+    EXPECT_EQ(fs.GetFileTypeName(u"/x/AVSEQ01.DAT"_s), files::fallbackTypeName(u"/x/AVSEQ01.DAT"_s));
+    shell.typeNameAnswer = u"MPEG video"_s;
+    EXPECT_EQ(fs.GetFileTypeName(u"/x/AVSEQ01.DAT"_s), u"MPEG video"_s);
 }
 
-TEST_F(FileSystemTest, TypeNameFallsBackToTheExtension)
+TEST_F(FileSystemTest, TempFilesAreNewAndNamedByPrefixOrProgram)
 {
-    EXPECT_EQ(fs.GetFileTypeName(QStringLiteral("/x/AVSEQ01.DAT")), QStringLiteral("DAT 文件"));
-    shell.typeNameAnswer = QStringLiteral("MPEG video");
-    EXPECT_EQ(fs.GetFileTypeName(QStringLiteral("/x/AVSEQ01.DAT")), QStringLiteral("MPEG video"));
-}
+    const QString first = fs.GetTempFileName(dir.path(), u"vcd"_s);
+    const QString second = fs.GetTempFileName(dir.path(), u"vcd"_s);
+    EXPECT_TRUE(QFileInfo(first).isFile());
+    EXPECT_NE(first, second);
+    EXPECT_TRUE(QFileInfo(first).fileName().startsWith(u"vcd"_s));
+    EXPECT_EQ(QFileInfo(first).absolutePath(), dir.path());
+    EXPECT_EQ(fs.GetTempFileName(dir.filePath(u"missing"_s), u"vcd"_s), QString());
 
-TEST_F(FileSystemTest, TempFileWithoutFolderIsNamedAfterTheProgram)
-{
+    // Without a folder: in TMPDIR, named after the program.
     QTemporaryDir temp;
     const QByteArray oldTmp = qgetenv("TMPDIR");
     qputenv("TMPDIR", QFile::encodeName(temp.path()));
-    EXPECT_EQ(fs.GetTempPath(), temp.path() + QLatin1Char('/'));
-    const QString made = fs.GetTempFileName(QString(), QStringLiteral("zzz"));
+    EXPECT_EQ(fs.GetTempPath(), temp.path() + u'/');
+    const QString made = fs.GetTempFileName(QString(), u"zzz"_s);
     qputenv("TMPDIR", oldTmp);
-
     EXPECT_TRUE(QFileInfo(made).isFile());
     EXPECT_EQ(QFileInfo(made).absolutePath(), temp.path());
-    EXPECT_TRUE(QFileInfo(made).fileName().startsWith(QStringLiteral("FileSystemTest")))
-        << made.toStdString();
+    EXPECT_TRUE(QFileInfo(made).fileName().startsWith(u"files_tests"_s)) << made.toStdString();
 }
 
-TEST_F(FileSystemTest, TempFileInAFolderUsesThePrefixAndIsNew)
+TEST_F(FileSystemTest, DatesAndSixtyFourBitSizesOfRealFiles)
 {
-    const QString first = fs.GetTempFileName(dir.path(), QStringLiteral("vcd"));
-    const QString second = fs.GetTempFileName(dir.path(), QStringLiteral("vcd"));
-    EXPECT_TRUE(QFileInfo(first).isFile());
-    EXPECT_NE(first, second);
-    EXPECT_TRUE(QFileInfo(first).fileName().startsWith(QStringLiteral("vcd")));
-    EXPECT_EQ(QFileInfo(first).absolutePath(), dir.path());
-    EXPECT_EQ(fs.GetTempFileName(dir.filePath(QStringLiteral("missing")), QStringLiteral("vcd")), QString());
-}
-
-TEST_F(FileSystemTest, DateOfAFileStampedAtMidnightShowsTheCurrentTime)
-{
-    const QString file = make(QStringLiteral("old.dat"));
+    const QString file = make(u"old.dat"_s);
     {
         QFile f(file);
         ASSERT_TRUE(f.open(QIODevice::ReadWrite));
@@ -345,16 +308,15 @@ TEST_F(FileSystemTest, DateOfAFileStampedAtMidnightShowsTheCurrentTime)
         ASSERT_TRUE(
             f.setFileTime(QDateTime(QDate(2003, 5, 2), QTime(14, 5, 9)), QFileDevice::FileAccessTime));
     }
+    // A stamp at midnight shows the clock's time of day.
     fs.setClock([] { return QDateTime(QDate(2020, 1, 1), QTime(14, 5, 9)); });
-    EXPECT_EQ(fs.GetFileDateTime(file, 1), QStringLiteral("May 1, 2003 2:05:09 PM"));
-    EXPECT_EQ(fs.GetFileDateTime(file, 2), QStringLiteral("May 2, 2003 2:05:09 PM"));
-    EXPECT_EQ(fs.GetFileDateTime(dir.filePath(QStringLiteral("missing")), 1), QStringLiteral("未知"));
+    const QDateTime shown(QDate(2003, 5, 1), QTime(14, 5, 9));
+    EXPECT_EQ(fs.GetFileDateTime(file, 1), files::dateTimeText(shown, QTime(14, 5, 9), QLocale()));
+    EXPECT_EQ(fs.GetFileDateTime(file, 2), files::dateTimeText(shown.addDays(1), QTime(14, 5, 9), QLocale()));
+    EXPECT_EQ(fs.GetFileDateTime(dir.filePath(u"missing"_s), 1), u"未知"_s);
     EXPECT_FALSE(fs.GetFileDateTime(file, 0).isEmpty());
-}
 
-TEST_F(FileSystemTest, SizesAreSixtyFourBit)
-{
-    const QString big = dir.filePath(QStringLiteral("big.vob"));
+    const QString big = dir.filePath(u"big.vob"_s);
     {
         QFile f(big);
         ASSERT_TRUE(f.open(QIODevice::WriteOnly));
@@ -363,21 +325,7 @@ TEST_F(FileSystemTest, SizesAreSixtyFourBit)
     EXPECT_EQ(fs.GetFileSize(big), 5'000'000'000LL);
     EXPECT_EQ(fs.GetFileSizeA(big), 5'000'000'000LL);
     EXPECT_EQ(fs.GetFileSize(dir.path()), 0);
-    EXPECT_EQ(fs.GetFileSize(dir.filePath(QStringLiteral("missing"))), 0);
-}
-
-TEST_F(FileSystemTest, ShortPathNameIsThePathItself)
-{
-    const QString file = make(QStringLiteral("long name.dat"));
-    EXPECT_EQ(fs.GetShortPathName(file), file);
-    EXPECT_EQ(fs.GetShortPathName(dir.filePath(QStringLiteral("missing"))), QString());
-}
-
-TEST_F(FileSystemTest, VolumeLabelGoesToTheVolumeOfThePath)
-{
-    EXPECT_TRUE(fs.SetDiskVolumeLabel(QStringLiteral("/media/usb/x"), QStringLiteral("NEW")));
-    EXPECT_EQ(volumes.labelsSet.value(QStringLiteral("/media/usb")), QStringLiteral("NEW"));
-    EXPECT_FALSE(fs.SetDiskVolumeLabel(QStringLiteral("E:\\"), QStringLiteral("NEW")));
+    EXPECT_EQ(fs.GetFileSize(dir.filePath(u"missing"_s)), 0);
 }
 
 } // namespace

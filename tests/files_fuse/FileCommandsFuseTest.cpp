@@ -2,7 +2,6 @@
 // be removed, reads that fail with EIO or hang (tests run as root, so permission bits would not stop
 // anything; a FUSE file system does).
 #include "FuseMount.h"
-#include "fakes/FakeVolumes.h"
 #include "files/FileCommands.h"
 #include "files_list/ListFakes.h"
 #include "platform/linux/FileTransfer.h"
@@ -10,11 +9,9 @@
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QWidget>
@@ -26,47 +23,27 @@
 
 using namespace vindaro;
 using platform::FileOpResult;
+using vindaro::testing::listOnly;
 
 namespace {
 
-// The file system of FaultyFolderFs.cpp, mounted for the life of the object.
+// A folder of four files of 3 MiB that refuses every write: good.dat reads fine, bad.dat fails from 2 MiB on
+// (a scratch in the middle), hang.dat's reads from 1 MiB on hang until released, locked.dat cannot be
+// removed. Mounted for the life of the object.
 class FaultyFolder : public vindaro::testing::FuseMount
 {
 public:
     explicit FaultyFolder(const QString& mountPoint)
-        : FuseMount(QStringLiteral(FAULTY_FOLDER_FS), mountPoint, {})
+        : FuseMount(QStringLiteral(FAULTY_FS), mountPoint,
+            {QStringLiteral("good.dat:3145728"), QStringLiteral("bad.dat:3145728:eio@2097152+1048576"),
+                QStringLiteral("hang.dat:3145728:hang@1048576+2097152"),
+                QStringLiteral("locked.dat:3145728:locked")})
     {
     }
     ~FaultyFolder() override { release(); }
     QString file(const char* name) const { return path(QLatin1String(name)); }
-    // Lets every hanging read go on (they then fail).
+    // Lets every hanging read go on.
     void release() { QFileInfo::exists(file("release")); }
-};
-
-// The real desktop layer with the folder chooser answered by the test.
-class ChoosingShell final : public platform::Shell
-{
-public:
-    platform::LinuxShell real;
-    QString folder;
-
-    FileOpResult copyInto(const QString& s, const QString& f, QWidget* o) override
-    {
-        return real.copyInto(s, f, o);
-    }
-    FileOpResult moveInto(const QString& s, const QString& f, QWidget* o) override
-    {
-        return real.moveInto(s, f, o);
-    }
-    FileOpResult moveToTrash(const QString& p) override { return real.moveToTrash(p); }
-    FileOpResult deletePermanently(const QString& p) override { return real.deletePermanently(p); }
-    int rename(const QString& a, const QString& b) override { return real.rename(a, b); }
-    bool hasDefaultApplication(const QString& p) override { return real.hasDefaultApplication(p); }
-    bool open(const QString&) override { return true; }
-    bool openWith(const QString&) override { return true; }
-    bool showProperties(const QString&, QWidget*) override { return true; }
-    QString chooseFolder(const QString&, QWidget*) override { return folder; }
-    QString typeName(const QString& p) override { return real.typeName(p); }
 };
 
 class FilesFuseTest : public ::testing::Test
@@ -74,12 +51,9 @@ class FilesFuseTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(dir.isValid());
-        disc = std::make_unique<FaultyFolder>(dir.filePath(QStringLiteral("fs")));
+        world.shell.real = &linuxShell;
+        disc = std::make_unique<FaultyFolder>(world.path(QStringLiteral("fs")));
         VINDARO_SKIP_UNLESS_MOUNTED(*disc);
-        volumes.add(QStringLiteral("/"), platform::kDriveFixed, QStringLiteral("/dev/sda1"));
-        out = dir.filePath(QStringLiteral("out"));
-        QDir().mkpath(out);
     }
     void TearDown() override
     {
@@ -92,34 +66,21 @@ protected:
     {
         return QDir(out).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     }
-    void listOnly(const QString& path)
-    {
-        list.ResetFileList();
-        list.appendEntries({path});
-        list.RefreshFileList();
-    }
 
-    QTemporaryDir dir;
+    vindaro::testing::ListWorld world;
+    vindaro::testing::ScriptedPrompter& prompts = world.prompts;
+    platform::LinuxShell linuxShell;
     std::unique_ptr<FaultyFolder> disc;
-    QString out;
-    vindaro::testing::FakeVolumes volumes;
-    ChoosingShell shell;
-    files::FileSystem fs{volumes, shell};
-    vindaro::testing::ScriptedPrompter prompts;
-    vindaro::testing::ScriptedDialogs dialogs;
-    files::FileListModel list{fs};
-    files::FileCommands commands{list, fs, prompts, dialogs, nullptr};
+    QString out = world.folder(QStringLiteral("out"));
+    files::FileListModel list{world.fs};
+    files::FileCommands commands{list, world.fs, prompts, prompts, nullptr};
 };
 
 TEST_F(FilesFuseTest, CopyIntoAFolderThatRefusesWritesIsToldAndKeepsTheEntry)
 {
-    const QString source = dir.filePath(QStringLiteral("a.dat"));
-    QFile file(source);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray(100'000, 'v'));
-    file.close();
-    listOnly(source);
-    shell.folder = disc->mountPoint();
+    const QString source = world.file(QStringLiteral("a.dat"), 100'000);
+    listOnly(list, source);
+    world.shell.chosenFolder = disc->mountPoint();
 
     commands.CopyTo();
 
@@ -134,7 +95,7 @@ TEST_F(FilesFuseTest, FailedDeleteAndTrashAreToldAndKeepTheEntry)
 {
     const QString locked = disc->file("locked.dat");
     for (const int answer : {int(platform::kAnswerYes), int(platform::kAnswerNo)}) {
-        listOnly(locked);
+        listOnly(list, locked);
         prompts.notices.clear();
         prompts.answers << answer;
         commands.Delete();
@@ -153,8 +114,8 @@ TEST_F(FilesFuseTest, FailedDeleteAndTrashAreToldAndKeepTheEntry)
 TEST_F(FilesFuseTest, MoveAcrossFileSystemsThatFailsMidwayKeepsTheSource)
 {
     const QString bad = disc->file("bad.dat");
-    listOnly(bad);
-    shell.folder = out;
+    listOnly(list, bad);
+    world.shell.chosenFolder = out;
     commands.MoveTo();
     ASSERT_EQ(prompts.notices.size(), 1);
     EXPECT_TRUE(prompts.notices.first().contains(qt_error_string(EIO)))
@@ -164,7 +125,7 @@ TEST_F(FilesFuseTest, MoveAcrossFileSystemsThatFailsMidwayKeepsTheSource)
     EXPECT_EQ(outEntries(), QStringList{});
 
     // The same move of a readable file removes its source, so the check above means something.
-    const FileOpResult moved = shell.real.moveInto(disc->file("good.dat"), out, nullptr);
+    const FileOpResult moved = linuxShell.moveInto(disc->file("good.dat"), out, nullptr);
     EXPECT_TRUE(moved.done()) << moved.error;
     EXPECT_FALSE(QFileInfo::exists(disc->file("good.dat")));
     EXPECT_EQ(QFileInfo(out + QStringLiteral("/good.dat")).size(), 3 * 1024 * 1024);
@@ -181,7 +142,7 @@ TEST_F(FilesFuseTest, CancelDuringAHangingReadReturnsAtOnceAndLeavesNoPartialFil
     old.write("the user's own file");
     old.close();
     QStringList asked;
-    shell.real.setReplaceQuestion([&](const QString& target, QWidget*) {
+    linuxShell.setReplaceQuestion([&](const QString& target, QWidget*) {
         asked << target;
         return true;
     });
@@ -189,7 +150,7 @@ TEST_F(FilesFuseTest, CancelDuringAHangingReadReturnsAtOnceAndLeavesNoPartialFil
     QWidget owner;
     QElapsedTimer sinceCancel;
     QObject::connect(&disc->process(), &QProcess::readyReadStandardOutput, &owner, [&] {
-        if (!disc->process().readAllStandardOutput().contains("hanging") || sinceCancel.isValid())
+        if (!disc->process().readAllStandardOutput().contains("hang") || sinceCancel.isValid())
             return;
         auto* cancel = owner.findChild<QPushButton*>();
         ASSERT_NE(cancel, nullptr);
@@ -204,7 +165,7 @@ TEST_F(FilesFuseTest, CancelDuringAHangingReadReturnsAtOnceAndLeavesNoPartialFil
     });
     giveUp.start(30000);
 
-    const FileOpResult result = shell.real.copyInto(disc->file("hang.dat"), out, &owner);
+    const FileOpResult result = linuxShell.copyInto(disc->file("hang.dat"), out, &owner);
 
     ASSERT_TRUE(sinceCancel.isValid()) << "the read never hung";
     EXPECT_LT(sinceCancel.elapsed(), 2000);

@@ -10,8 +10,11 @@
 #include <cerrno>
 
 using namespace vindaro;
+using namespace Qt::StringLiterals;
 using files::FileCommands;
 using files::FileListModel;
+using platform::FileOpResult;
+using vindaro::testing::listOnly;
 
 namespace {
 
@@ -19,114 +22,88 @@ class FileCommandsTest : public ::testing::Test
 {
 protected:
     vindaro::testing::ListWorld world;
-    vindaro::testing::ScriptedPrompter prompts;
-    vindaro::testing::ScriptedDialogs dialogs;
+    vindaro::testing::ScriptedPrompter& prompts = world.prompts;
     FileListModel list{world.fs};
-    FileCommands commands{list, world.fs, prompts, dialogs, nullptr};
+    FileCommands commands{list, world.fs, prompts, prompts, nullptr};
 
-    void SetUp() override { commands.setOsName(QStringLiteral("Debian GNU/Linux 12 (bookworm)")); }
+    void SetUp() override { commands.setOsName(u"Debian GNU/Linux 12 (bookworm)"_s); }
 };
-
-TEST_F(FileCommandsTest, DeleteCancelledLeavesFileAndList)
-{
-    const QString a = world.file(QStringLiteral("a.dat"));
-    list.appendEntries({a});
-    list.RefreshFileList();
-    prompts.answers.enqueue(files::kAnswerCancel);
-    commands.Delete();
-    ASSERT_EQ(prompts.asked.size(), 1);
-    EXPECT_EQ(prompts.asked.first(), files::deleteQuestionText(a));
-    EXPECT_TRUE(QFile::exists(a));
-    EXPECT_EQ(list.entries(), QStringList{a});
-}
-
-TEST_F(FileCommandsTest, DeleteYesIsPermanentNoGoesToTheTrash)
-{
-    const QString a = world.file(QStringLiteral("a.dat"));
-    const QString b = world.file(QStringLiteral("b.dat"));
-    list.appendEntries({a, b});
-    list.RefreshFileList();
-    prompts.answers << platform::kAnswerYes << platform::kAnswerNo;
-    commands.Delete();
-    commands.Delete();
-    EXPECT_EQ(world.shell.calls,
-        (QStringList{QStringLiteral("deletePermanently ") + a, QStringLiteral("moveToTrash ") + b}));
-    // Deleting the only entry leaves the list empty with the reset texts.
-    EXPECT_TRUE(list.isEmpty());
-    EXPECT_EQ(list.filesInfo(), files::kResetFilesInfo);
-}
 
 TEST_F(FileCommandsTest, GuardedCommandsDoNothingOnAVanishedFileOrEmptyList)
 {
-    commands.Delete();
-    commands.CopyTo();
-    commands.MoveTo();
-    commands.Properties();
-    const QString gone = world.path(QStringLiteral("gone.dat"));
-    list.appendEntries({gone});
-    list.setCurrentText(gone);
     QSignalSpy rename(&commands, &FileCommands::renameRequested);
     QSignalSpy batch(&commands, &FileCommands::batchCopyRequested);
     QSignalSpy player(&commands, &FileCommands::playerRequested);
-    commands.Delete();
-    commands.Rename();
-    commands.CopyTo();
-    commands.MoveTo();
-    commands.Properties();
-    commands.CopyAllFilesTo();
-    commands.PlayFile();
+    const QString gone = world.path(u"gone.dat"_s);
+    for (const QStringList& entries : {QStringList(), QStringList{gone}}) {
+        list.appendEntries(entries);
+        list.setCurrentText(gone);
+        commands.Delete();
+        commands.Rename();
+        commands.CopyTo();
+        commands.MoveTo();
+        commands.Properties();
+        commands.CopyAllFilesTo();
+        commands.PlayFile();
+    }
     EXPECT_TRUE(prompts.asked.isEmpty());
     EXPECT_TRUE(world.shell.calls.isEmpty());
     EXPECT_EQ(rename.size() + batch.size() + player.size(), 0);
     EXPECT_EQ(list.entries(), QStringList{gone});
 }
 
-// Move and delete take the entry out only when they succeeded; every failure is told once, and a
-// cancelled transfer or folder chooser says nothing.
+// Delete asks first (yes: for good, no: to the trash, cancel: nothing); move and delete take the entry out
+// only when they succeeded; every failure is told once, and a cancelled transfer or chooser says nothing.
 TEST_F(FileCommandsTest, EntryLeavesOnlyOnSuccessAndFailuresAreTold)
 {
-    using platform::FileOpResult;
-    const FileOpResult failed
-        = FileOpResult::failed(FileOpResult::Step::WriteTarget, EROFS, QStringLiteral("/x"));
+    const FileOpResult failed = FileOpResult::failed(FileOpResult::Step::WriteTarget, EROFS, u"/x"_s);
     const struct
     {
         const char* command;
         std::optional<FileOpResult> outcome; // nothing: the fake acts on the disk and succeeds
+        const char* call; // what reached the desktop
         bool entryStays;
         bool told;
     } rows[] = {
-        {"delete", std::nullopt, false, false},
-        {"delete", failed, true, true},
-        {"trash", std::nullopt, false, false},
-        {"trash", failed, true, true},
-        {"move", std::nullopt, false, false},
-        {"move", failed, true, true},
-        {"move", FileOpResult::cancelled(), true, false},
-        {"copy", std::nullopt, true, false},
-        {"copy", failed, true, true},
-        {"move, chooser cancelled", std::nullopt, true, false},
+        {"delete", std::nullopt, "deletePermanently", false, false},
+        {"delete", failed, "deletePermanently", true, true},
+        {"trash", std::nullopt, "moveToTrash", false, false},
+        {"trash", failed, "moveToTrash", true, true},
+        {"delete, cancelled", std::nullopt, "", true, false},
+        {"move", std::nullopt, "moveInto", false, false},
+        {"move", failed, "moveInto", true, true},
+        {"move", FileOpResult::cancelled(), "moveInto", true, false},
+        {"copy", std::nullopt, "copyInto", true, false},
+        {"copy", failed, "copyInto", true, true},
+        {"move, chooser cancelled", std::nullopt, "", true, false},
     };
-    const QString target = world.folder(QStringLiteral("target")) + u'/';
+    const QString target = world.folder(u"target"_s) + u'/';
     for (const auto& row : rows) {
         const std::string label = std::string(row.command) + (row.outcome ? " forced" : " acting");
-        const QString a = world.file(QStringLiteral("a.dat"));
-        QFile::remove(world.path(QStringLiteral("target/a.dat")));
-        list.ResetFileList();
-        list.appendEntries({a});
-        list.RefreshFileList();
+        const QString a = world.file(u"a.dat"_s);
+        QFile::remove(world.path(u"target/a.dat"_s));
+        listOnly(list, a);
         prompts.notices.clear();
+        prompts.asked.clear();
+        world.shell.calls.clear();
         world.shell.forced = row.outcome;
         const QByteArray command(row.command);
         world.shell.chosenFolder = command.contains("cancelled") ? QString() : target;
-        if (command == "delete" || command == "trash") {
-            prompts.answers << (command == "delete" ? platform::kAnswerYes : platform::kAnswerNo);
+        if (command.startsWith("delete") || command == "trash") {
+            if (!command.contains("cancelled"))
+                prompts.answers << (command == "delete" ? platform::kAnswerYes : platform::kAnswerNo);
             commands.Delete();
+            EXPECT_EQ(prompts.asked, QStringList{files::deleteQuestionText(a)}) << label;
         } else if (command.startsWith("move")) {
             commands.MoveTo();
         } else {
             commands.CopyTo();
         }
+        EXPECT_EQ(world.shell.calls.filter(u" "_s + a).join(u'|'),
+            *row.call ? QString::fromLatin1(row.call) + u' ' + a : QString())
+            << label;
         EXPECT_EQ(list.entries() == QStringList{a}, row.entryStays) << label;
+        EXPECT_EQ(QFile::exists(a), row.entryStays) << label;
         ASSERT_EQ(prompts.notices.size(), row.told ? 1 : 0) << label;
         if (row.told) {
             EXPECT_TRUE(prompts.notices.first().contains(a)) << label;
@@ -134,84 +111,42 @@ TEST_F(FileCommandsTest, EntryLeavesOnlyOnSuccessAndFailuresAreTold)
     }
 }
 
-// The one table of failure notices: what failed, on which path, the system's reason, and what the user
-// still has.
-TEST(FileCommandTexts, NoticesNameTheFailureThePathAndTheReason)
-{
-    using platform::FileOpResult;
-    using Step = FileOpResult::Step;
-    const QString src = QStringLiteral("/media/cdrom/AVSEQ01.DAT");
-    const struct
-    {
-        QString text;
-        QString expected;
-    } rows[] = {
-        {files::copyFailedText(
-             src, FileOpResult::failed(Step::WriteTarget, EROFS, QStringLiteral("/ro/AVSEQ01.DAT"))),
-            QStringLiteral("复制文件失败！\r\n文件：/media/cdrom/AVSEQ01.DAT\r\n写入失败：/ro/AVSEQ01.DAT\r\n"
-                           "原因：Read-only file system\r\n目标文件夹中没有留下不完整的文件。")},
-        {files::moveFailedText(src, FileOpResult::failed(Step::ReadSource, EIO, src)),
-            QStringLiteral(
-                "移动文件失败！\r\n文件：/media/cdrom/AVSEQ01.DAT\r\n读取失败：/media/cdrom/AVSEQ01.DAT\r\n"
-                "原因：Input/output error\r\n原文件没有改动，目标文件夹中也没有留下不完整的文件。")},
-        {files::moveFailedText(src, FileOpResult::failed(Step::RemoveSource, EROFS, src)),
-            QStringLiteral("移动文件失败！\r\n文件：/media/cdrom/AVSEQ01.DAT\r\n"
-                           "文件已经完整复制到目标文件夹，但原文件无法删除：/media/cdrom/AVSEQ01.DAT\r\n"
-                           "原因：Read-only file system")},
-        {files::copyFailedText(src,
-             FileOpResult::failed(Step::Check, EINVAL, QStringLiteral("/media/cdrom/"),
-                 QStringLiteral("目标文件夹就是文件所在的文件夹"))),
-            QStringLiteral("复制文件失败！\r\n文件：/media/cdrom/AVSEQ01.DAT\r\n无法复制到：/media/cdrom/\r\n"
-                           "原因：目标文件夹就是文件所在的文件夹\r\n目标文件夹中没有留下不完整的文件。")},
-        {files::deleteFailedText(src, FileOpResult::failed(Step::Trash, 0, src, QStringLiteral("no trash"))),
-            QStringLiteral("删除到回收站失败！\r\n文件：/media/cdrom/AVSEQ01.DAT\r\n原因：no trash\r\n"
-                           "文件仍然保留在列表中。")},
-        {files::deleteFailedText(src, FileOpResult::failed(Step::Delete, EACCES, src)),
-            QStringLiteral("删除文件失败！\r\n文件：/media/cdrom/AVSEQ01.DAT\r\n原因：Permission denied\r\n"
-                           "文件仍然保留在列表中。")},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(row.text, row.expected);
-}
-
 TEST_F(FileCommandsTest, PropertiesChooseOwnWindowOrDesktopSheet)
 {
-    const QString mp3 = world.file(QStringLiteral("song.mp3"));
-    const QString dat = world.file(QStringLiteral("movie.dat"));
+    const QString mp3 = world.file(u"song.mp3"_s);
+    const QString dat = world.file(u"movie.dat"_s);
     QStringList ownWindow;
     list.appendEntries({mp3, dat});
     list.setCurrentText(mp3);
     commands.Properties(); // no property window yet: the desktop's sheet
     commands.setPropertyWindow([&](const QString& path) { ownWindow << path; });
     commands.Properties();
-    commands.setOsName(QStringLiteral("Microsoft Windows XP"));
+    commands.setOsName(u"Microsoft Windows XP"_s);
     commands.Properties();
     list.setCurrentText(dat);
-    commands.setOsName(QStringLiteral("Debian"));
+    commands.setOsName(u"Debian"_s);
     commands.Properties();
     EXPECT_EQ(ownWindow, QStringList{mp3});
-    EXPECT_EQ(world.shell.calls.filter(QStringLiteral("showProperties")).size(), 3);
+    EXPECT_EQ(world.shell.calls.filter(u"showProperties"_s).size(), 3);
 }
 
-TEST_F(FileCommandsTest, AddFolderRefusedOverCapacityAndSilentWhenCancelled)
+TEST_F(FileCommandsTest, AddFolderIsRefusedOverCapacityAndScansWithTheChosenPattern)
 {
     commands.setCapacityLimit(files::addFolderCapacity(1));
-    list.appendEntries(QStringList(32'737, world.path(QStringLiteral("x"))));
+    list.appendEntries(QStringList(32'737, world.path(u"x"_s)));
     commands.AddFolderToList();
     EXPECT_EQ(prompts.notices, QStringList{files::kOverCapacityText});
-    EXPECT_EQ(dialogs.folderAsked, 0);
+    EXPECT_EQ(prompts.folderAsked, 0);
     commands.setCapacityLimit(std::nullopt);
     commands.AddFolderToList(); // cancelled chooser
-    EXPECT_EQ(dialogs.folderAsked, 1);
+    EXPECT_EQ(prompts.folderAsked, 1);
     EXPECT_FALSE(list.isScanning());
-}
 
-TEST_F(FileCommandsTest, AddFolderScansWithTheChosenPattern)
-{
-    const QString folder = world.folder(QStringLiteral("MPEGAV"));
-    const QString a = world.file(QStringLiteral("MPEGAV/AVSEQ01.DAT"));
-    world.file(QStringLiteral("MPEGAV/x.vob"));
-    dialogs.folderAnswer = files::FolderChoice{folder, QStringLiteral("*.DAT"), false};
+    list.ResetFileList();
+    const QString folder = world.folder(u"MPEGAV"_s);
+    const QString a = world.file(u"MPEGAV/AVSEQ01.DAT"_s);
+    world.file(u"MPEGAV/x.vob"_s);
+    prompts.folderAnswer = files::FolderChoice{folder, u"*.DAT"_s, false};
     QSignalSpy finished(&list, &FileListModel::scanFinished);
     commands.AddFolderToList();
     ASSERT_TRUE(finished.wait(10'000));
@@ -221,14 +156,14 @@ TEST_F(FileCommandsTest, AddFolderScansWithTheChosenPattern)
 
 TEST_F(FileCommandsTest, FileChooserReplacesTheList)
 {
-    const QString a = world.file(QStringLiteral("a.dat"));
-    const QString b = world.file(QStringLiteral("b.vob"));
-    list.appendEntries({world.file(QStringLiteral("old.dat"))});
-    dialogs.openAnswer = {a, b};
+    const QString a = world.file(u"a.dat"_s);
+    const QString b = world.file(u"b.vob"_s);
+    list.appendEntries({world.file(u"old.dat"_s)});
+    prompts.openAnswer = {a, b};
     commands.AddFromFileChooser();
     EXPECT_EQ(list.entries(), (QStringList{a, b}));
     EXPECT_EQ(list.currentText(), a);
-    dialogs.openAnswer.clear();
+    prompts.openAnswer.clear();
     commands.AddFromFileChooser(); // cancelled: the list stays empty
     EXPECT_TRUE(list.isEmpty());
 }

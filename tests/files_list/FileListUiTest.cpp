@@ -1,3 +1,5 @@
+// The file list's windows wired to the list: the menu, the box, drops, the add-folder chooser and the rename
+// balloon. What the list does with a command is tested below them.
 #include "ListFakes.h"
 #include "files/FileListTexts.h"
 #include "files/ui/FileDropTarget.h"
@@ -22,6 +24,7 @@
 
 using namespace vindaro;
 using namespace vindaro::files;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -29,10 +32,9 @@ class FileListUiTest : public ::testing::Test
 {
 protected:
     vindaro::testing::ListWorld world;
-    vindaro::testing::ScriptedPrompter prompts;
-    vindaro::testing::ScriptedDialogs dialogs;
+    vindaro::testing::ScriptedPrompter& prompts = world.prompts;
     QWidget window;
-    FileListController controller{world.fs, prompts, dialogs, &window};
+    FileListController controller{world.fs, prompts, prompts, &window};
     QLabel filesInfo{&window};
     QLineEdit destination{&window};
 
@@ -43,174 +45,156 @@ protected:
             FileListDisplays{nullptr, nullptr, &filesInfo, nullptr, nullptr, nullptr, &destination});
         window.resize(600, 400);
     }
-    QAction* action(const char* name) { return controller.menu()->entry(QString::fromLatin1(name)); }
+    QAction* action(const QString& name) { return controller.menu()->entry(name); }
+    std::unique_ptr<FrmDialog> renameDialog()
+    {
+        return std::make_unique<FrmDialog>(
+            controller.model(), world.fs, prompts, controller.icons(), controller.combo(), &window);
+    }
+    QLineEdit* nameField(FrmDialog& dialog) { return dialog.findChild<QLineEdit*>(u"txtNewFileName"_s); }
+    QString factsShown(FrmDialog& dialog) { return dialog.findChild<QLabel*>(u"lblText"_s)->text(); }
 };
 
-TEST_F(FileListUiTest, MenuHoldsEveryEntryAndTheTenListEntriesFollowTheList)
+TEST_F(FileListUiTest, MenuEntriesFollowTheListAndThePreviewMarkReachesIt)
 {
-    const QStringList names = {QStringLiteral("mnuOpenFile"), QStringLiteral("mnuClearSelectedItem"),
-        QStringLiteral("mnuClearAllListItem"), QStringLiteral("mnuDelSeletedItem"),
-        QStringLiteral("mnuReName"), QStringLiteral("mnuCopyTo"), QStringLiteral("mnuMoveTo"),
-        QStringLiteral("mnuFindFile"), QStringLiteral("mnuFileroperty"), QStringLiteral("mnuCopyAllFilesTo")};
-    for (const QString& name : names)
-        EXPECT_FALSE(controller.menu()->entry(name)->isEnabled()) << qPrintable(name);
-    for (const char* always : {"mnuPreview", "mnuAddFileToListItem", "mnuExit", "mnuAboutMe"})
-        EXPECT_TRUE(action(always)->isEnabled()) << always;
-    EXPECT_EQ(action("mnuExit")->text(), QStringLiteral("&Exit  Vindaro"));
-    EXPECT_FALSE(action("mnuPlayFile")->isEnabled()); // the player's entry follows the list too
-    EXPECT_EQ(controller.menu()->actions().size(), 21);
-
-    controller.model().AddDroppedFiles({world.file(QStringLiteral("a.dat"))});
-    for (const QString& name : names)
-        EXPECT_TRUE(controller.menu()->entry(name)->isEnabled()) << qPrintable(name);
-    action("mnuClearAllListItem")->trigger();
-    EXPECT_FALSE(action("mnuOpenFile")->isEnabled());
+    const QStringList listEntries = {u"mnuOpenFile"_s, u"mnuPlayFile"_s, u"mnuClearSelectedItem"_s,
+        u"mnuClearAllListItem"_s, u"mnuDelSeletedItem"_s, u"mnuReName"_s, u"mnuCopyTo"_s, u"mnuMoveTo"_s,
+        u"mnuFindFile"_s, u"mnuFileroperty"_s, u"mnuCopyAllFilesTo"_s};
+    const auto enabled = [&](bool on) {
+        for (const QString& name : listEntries)
+            EXPECT_EQ(action(name)->isEnabled(), on) << name.toStdString();
+        for (const QString& name :
+            {u"mnuPreview"_s, u"mnuAddFileToListItem"_s, u"mnuExit"_s, u"mnuAboutMe"_s})
+            EXPECT_TRUE(action(name)->isEnabled()) << name.toStdString();
+    };
+    enabled(false);
+    controller.model().AddDroppedFiles({world.file(u"a.dat"_s)});
+    enabled(true);
+    action(u"mnuClearAllListItem"_s)->trigger();
+    enabled(false);
     EXPECT_EQ(filesInfo.text(), kResetFilesInfo);
-}
 
-TEST_F(FileListUiTest, PreviewMarkReachesTheListFlag)
-{
-    EXPECT_FALSE(controller.model().previewFlag());
-    action("mnuPreview")->trigger();
+    action(u"mnuPreview"_s)->trigger();
     EXPECT_TRUE(controller.model().previewFlag());
 }
 
 TEST_F(FileListUiTest, BoxFollowsTheListAndPickingShowsThePosition)
 {
-    const QString a = world.file(QStringLiteral("cd/a.dat"), 10);
-    const QString b = world.file(QStringLiteral("cd/b.dat"), 20);
-    destination.setText(QStringLiteral("/out/old.dat"));
+    const QString a = world.file(u"cd/a.dat"_s, 10);
+    const QString b = world.file(u"cd/b.dat"_s, 20);
+    destination.setText(u"/out/old.dat"_s);
     controller.model().AddDroppedFiles({a, b});
-    EXPECT_EQ(controller.combo()->currentText(), a);
-    EXPECT_EQ(controller.combo()->count(), 2);
-    emit controller.combo()->activated(1);
-    EXPECT_EQ(controller.combo()->currentText(), b);
-    EXPECT_EQ(destination.text(), QStringLiteral("/out/b.dat"));
-    EXPECT_EQ(filesInfo.text(), QStringLiteral("文件总数:2/2个  总计大小:0MB [30字节]"));
-    // Typing in the box changes the current text the commands act on.
-    controller.combo()->setEditText(QStringLiteral("typed"));
-    EXPECT_EQ(controller.model().currentText(), QStringLiteral("typed"));
-}
-
-TEST_F(FileListUiTest, TooltipShowsHintOverTheFirstQuarterAndThePathElsewhere)
-{
-    const QString a = world.file(QStringLiteral("a.dat"));
-    controller.model().AddDroppedFiles({a});
     FileListCombo* box = controller.combo();
+    EXPECT_EQ(box->currentText(), a);
+    EXPECT_EQ(box->count(), 2);
+    emit box->activated(1);
+    EXPECT_EQ(box->currentText(), b);
+    EXPECT_EQ(destination.text(), u"/out/b.dat"_s);
+    EXPECT_EQ(filesInfo.text(), filesInfoLine(2, 30, 2));
+    // Typing in the box changes the current text the commands act on.
+    box->setEditText(u"typed"_s);
+    EXPECT_EQ(controller.model().currentText(), u"typed"_s);
+    // The tooltip: a hint over the first quarter, the path elsewhere.
+    box->setEditText(b);
     EXPECT_EQ(box->toolTipAt(QPoint(box->width() / 4, 5)), kListBoxHint);
-    EXPECT_EQ(box->toolTipAt(QPoint(box->width() / 4 + 1, 5)), a);
+    EXPECT_EQ(box->toolTipAt(QPoint(box->width() / 4 + 1, 5)), b);
 }
 
-TEST_F(FileListUiTest, DeleteIsSwallowedAndEnterOpensAnExistingFile)
+TEST_F(FileListUiTest, KeysAndRightClickInTheBox)
 {
-    const QString a = world.file(QStringLiteral("a.dat"));
+    const QString a = world.file(u"a.dat"_s);
     controller.model().AddDroppedFiles({a});
     window.show();
     QLineEdit* edit = controller.combo()->lineEdit();
+    // On an existing file Delete is swallowed and Enter opens it.
     edit->setCursorPosition(0);
     QTest::keyClick(edit, Qt::Key_Delete);
     EXPECT_EQ(controller.combo()->currentText(), a);
     QTest::keyClick(edit, Qt::Key_Return);
-    EXPECT_EQ(world.shell.calls, QStringList{QStringLiteral("open ") + a});
+    EXPECT_EQ(world.shell.calls, QStringList{u"open "_s + a});
     // Text naming no file: Delete edits as usual, Enter opens nothing and adds nothing.
-    controller.combo()->setEditText(QStringLiteral("xyz"));
+    controller.combo()->setEditText(u"xyz"_s);
     edit->setCursorPosition(0);
     QTest::keyClick(edit, Qt::Key_Delete);
-    EXPECT_EQ(controller.combo()->currentText(), QStringLiteral("yz"));
+    EXPECT_EQ(controller.combo()->currentText(), u"yz"_s);
     QTest::keyClick(edit, Qt::Key_Return);
     EXPECT_EQ(world.shell.calls.size(), 1);
     EXPECT_EQ(controller.combo()->count(), 1);
-}
 
-TEST_F(FileListUiTest, RightClickAsksForTheFileMenu)
-{
-    window.show();
     QSignalSpy menu(controller.combo(), &FileListCombo::popupMenuRequested);
     QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), QPoint(100, 100));
-    QApplication::sendEvent(controller.combo()->lineEdit(), &event);
+    QApplication::sendEvent(edit, &event);
     EXPECT_EQ(menu.size(), 1);
 }
 
-TEST_F(FileListUiTest, DropAcceptsOnlyFileListsAndAddsTheFiles)
+// Only file lists are taken, and always as a copy: a move accepted by the list would let the file manager
+// delete the dropped originals. The line edit under the drop does not take it as text.
+TEST_F(FileListUiTest, DropsAreTakenOnlyAsFileListsAndNeverAsAMove)
 {
-    const QString a = world.file(QStringLiteral("a.dat"));
-    const QString folder = world.folder(QStringLiteral("f"));
+    const QString a = world.file(u"a.dat"_s);
+    const QString folder = world.folder(u"f"_s);
     QMimeData text;
-    text.setText(QStringLiteral("hello"));
+    text.setText(u"hello"_s);
+    QMimeData files;
+    files.setUrls({QUrl::fromLocalFile(folder), QUrl::fromLocalFile(a), QUrl(u"https://example.org/x"_s)});
     EXPECT_TRUE(FileDropTarget::droppedPaths(&text).isEmpty());
-    QMimeData files;
-    files.setUrls(
-        {QUrl::fromLocalFile(folder), QUrl::fromLocalFile(a), QUrl(QStringLiteral("https://example.org/x"))});
     EXPECT_EQ(FileDropTarget::droppedPaths(&files), (QStringList{folder, a}));
-
-    controller.acceptDrops(&window);
-    window.show();
-    QDragEnterEvent refused(QPoint(5, 5), Qt::CopyAction, &text, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(&destination, &refused);
-    EXPECT_FALSE(refused.isAccepted());
-    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(&destination, &enter);
-    EXPECT_TRUE(enter.isAccepted());
-    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(&destination, &drop);
-    EXPECT_TRUE(drop.isAccepted());
-    EXPECT_EQ(controller.model().entries(), QStringList{a});
-    EXPECT_EQ(destination.text(), QString()); // the line edit did not take the drop as text
-}
-
-TEST_F(FileListUiTest, DropIsTakenAsACopyNeverAsAMove)
-{
-    // A move accepted by the list would let the file manager delete the dropped originals.
-    EXPECT_EQ(FileDropTarget::safeDropAction(Qt::CopyAction | Qt::MoveAction), Qt::CopyAction);
     EXPECT_EQ(FileDropTarget::safeDropAction(Qt::LinkAction | Qt::MoveAction), Qt::LinkAction);
-    EXPECT_EQ(FileDropTarget::safeDropAction(Qt::MoveAction), Qt::IgnoreAction);
 
-    const QString a = world.file(QStringLiteral("a.dat"));
-    QMimeData files;
-    files.setUrls({QUrl::fromLocalFile(a)});
     controller.acceptDrops(&window);
     window.show();
-    QDragEnterEvent enter(
-        QPoint(5, 5), Qt::CopyAction | Qt::MoveAction, &files, Qt::LeftButton, Qt::NoModifier);
-    enter.setDropAction(Qt::MoveAction);
-    QApplication::sendEvent(&destination, &enter);
-    EXPECT_TRUE(enter.isAccepted());
-    EXPECT_EQ(enter.dropAction(), Qt::CopyAction);
-    QDropEvent drop(QPointF(5, 5), Qt::CopyAction | Qt::MoveAction, &files, Qt::LeftButton, Qt::NoModifier);
-    drop.setDropAction(Qt::MoveAction);
-    QApplication::sendEvent(&destination, &drop);
-    EXPECT_TRUE(drop.isAccepted());
-    EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
-    EXPECT_EQ(controller.model().entries(), QStringList{a});
-
-    // A source that offers only a move is refused and nothing is added.
-    controller.model().ResetFileList();
-    QDropEvent moveOnly(QPointF(5, 5), Qt::MoveAction, &files, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(&destination, &moveOnly);
-    EXPECT_FALSE(moveOnly.isAccepted());
-    EXPECT_TRUE(controller.model().isEmpty());
-    EXPECT_TRUE(QFile::exists(a));
+    const struct
+    {
+        QMimeData* mime;
+        Qt::DropActions offered;
+        Qt::DropAction proposed;
+        bool accepted;
+    } rows[] = {
+        {&text, Qt::CopyAction, Qt::CopyAction, false},
+        {&files, Qt::CopyAction, Qt::CopyAction, true},
+        {&files, Qt::CopyAction | Qt::MoveAction, Qt::MoveAction, true},
+        {&files, Qt::MoveAction, Qt::MoveAction, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(int(row.offered));
+        controller.model().ResetFileList();
+        QDragEnterEvent enter(QPoint(5, 5), row.offered, row.mime, Qt::LeftButton, Qt::NoModifier);
+        enter.setDropAction(row.proposed);
+        QApplication::sendEvent(&destination, &enter);
+        QDropEvent drop(QPointF(5, 5), row.offered, row.mime, Qt::LeftButton, Qt::NoModifier);
+        drop.setDropAction(row.proposed);
+        QApplication::sendEvent(&destination, &drop);
+        EXPECT_EQ(enter.isAccepted(), row.accepted);
+        EXPECT_EQ(drop.isAccepted(), row.accepted);
+        if (row.accepted) {
+            EXPECT_EQ(enter.dropAction(), Qt::CopyAction);
+            EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
+        }
+        EXPECT_EQ(controller.model().entries(), row.accepted ? QStringList{a} : QStringList());
+        EXPECT_EQ(destination.text(), QString());
+        EXPECT_TRUE(QFile::exists(a));
+    }
 }
 
 TEST_F(FileListUiTest, AddFolderChooserCarriesPatternAndSubfolderBox)
 {
     std::unique_ptr<QFileDialog> dialog(QtListDialogs::createAddFolderDialog(&window));
-    EXPECT_EQ(dialog->windowTitle(), QStringLiteral("选择待添加的文件目录"));
-    auto* pattern = dialog->findChild<QLineEdit*>(QStringLiteral("txtFilePattern"));
-    auto* subFolders = dialog->findChild<QCheckBox*>(QStringLiteral("chkSubFolders"));
+    EXPECT_EQ(dialog->windowTitle(), u"选择待添加的文件目录"_s);
+    auto* pattern = dialog->findChild<QLineEdit*>(u"txtFilePattern"_s);
+    auto* subFolders = dialog->findChild<QCheckBox*>(u"chkSubFolders"_s);
     ASSERT_TRUE(pattern && subFolders);
-    EXPECT_EQ(pattern->text(), QStringLiteral("*.*"));
+    EXPECT_EQ(pattern->text(), u"*.*"_s);
     EXPECT_FALSE(subFolders->isChecked());
-    EXPECT_EQ(subFolders->text(), QStringLiteral("也包括下级子文件夹"));
-    const QString folder = world.folder(QStringLiteral("MPEGAV"));
+    EXPECT_EQ(subFolders->text(), u"也包括下级子文件夹"_s);
+    const QString folder = world.folder(u"MPEGAV"_s);
     dialog->setDirectory(folder);
     dialog->selectFile(folder);
-    pattern->setText(QStringLiteral("*.DAT"));
+    pattern->setText(u"*.DAT"_s);
     subFolders->setChecked(true);
     const auto choice = QtListDialogs::folderChoiceOf(*dialog);
     ASSERT_TRUE(choice.has_value());
     EXPECT_EQ(QFileInfo(choice->folder).canonicalFilePath(), QFileInfo(folder).canonicalFilePath());
-    EXPECT_EQ(choice->pattern, QStringLiteral("*.DAT"));
+    EXPECT_EQ(choice->pattern, u"*.DAT"_s);
     EXPECT_TRUE(choice->includeSubfolders);
 }
 
@@ -229,98 +213,74 @@ TEST(Balloon, OpensBelowWhenThereIsRoomElseAboveAndStaysOnScreen)
     EXPECT_LE(above.pointerX, 300 - 19);
 }
 
-class FrmDialogTest : public FileListUiTest
+TEST_F(FileListUiTest, RenameBalloonShowsTheFactsAndTheProposalInItsShape)
 {
-};
-
-TEST_F(FrmDialogTest, ShowsFactsAndProposal)
-{
-    const QString a = world.file(QStringLiteral("v/AVSEQ01.DAT"), 1'024'001);
+    const QString a = world.file(u"v/AVSEQ01.DAT"_s, 1'024'001);
     controller.model().AddDroppedFiles({a});
-    FrmDialog dialog(controller.model(), world.fs, prompts, controller.icons(), controller.combo(), &window);
-    EXPECT_EQ(dialog.findChild<QLineEdit*>(QStringLiteral("txtNewFileName"))->text(),
-        QStringLiteral("N[01]AVSEQ01.DAT"));
-    const QString facts = dialog.findChild<QLabel*>(QStringLiteral("lblText"))->text();
-    EXPECT_TRUE(facts.startsWith(QStringLiteral("文件大小：1,000KB\n文件类型：Video\n创建时间：")))
-        << qPrintable(facts);
-    EXPECT_TRUE(
-        dialog.findChild<QLabel*>(QStringLiteral("lblTitle"))->text().startsWith(QStringLiteral("重命名：")));
-    EXPECT_TRUE(dialog.windowFlags().testFlag(Qt::FramelessWindowHint));
-    // The balloon's shape: no square corners, the pointer's tip at the edge facing the list box.
-    const QRegion shape = dialog.mask();
+    auto dialog = renameDialog();
+    EXPECT_EQ(nameField(*dialog)->text(), proposedNewName(u"AVSEQ01.DAT"_s));
+    EXPECT_TRUE(factsShown(*dialog).startsWith(renameSizeLine(1'024'001) + u"\n"_s));
+    EXPECT_TRUE(factsShown(*dialog).contains(u"Video"_s)); // the desktop's type name
+    EXPECT_TRUE(dialog->windowFlags().testFlag(Qt::FramelessWindowHint));
+    // No square corners; the pointer's tip at the edge facing the list box.
+    const QRegion shape = dialog->mask();
     EXPECT_FALSE(shape.contains(QPoint(0, 0)));
-    EXPECT_FALSE(shape.contains(QPoint(dialog.width() - 1, dialog.height() - 1)));
-    const int tipY = dialog.isBelowAnchor() ? 2 : dialog.height() - 3;
-    EXPECT_TRUE(shape.contains(QPoint(dialog.pointerX(), tipY)));
-    EXPECT_FALSE(shape.contains(QPoint(dialog.pointerX() + 12, tipY)));
-}
+    EXPECT_FALSE(shape.contains(QPoint(dialog->width() - 1, dialog->height() - 1)));
+    const int tipY = dialog->isBelowAnchor() ? 2 : dialog->height() - 3;
+    EXPECT_TRUE(shape.contains(QPoint(dialog->pointerX(), tipY)));
+    EXPECT_FALSE(shape.contains(QPoint(dialog->pointerX() + 12, tipY)));
 
-TEST_F(FrmDialogTest, Mp3FileShowsItsTag)
-{
+    // An MP3 file's tag is read into the facts.
     QByteArray tag(128, '\0');
-    tag.replace(0, 3, "TAG");
-    tag.replace(3, 4, "Song");
-    tag[126] = 7;
+    tag.replace(0, 7, "TAGSong");
     tag[127] = 17;
-    const QString mp3 = world.file(QStringLiteral("s.mp3"), 0);
-    {
-        QFile f(mp3);
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(QByteArray(200, 'x') + tag);
-    }
-    controller.model().AddDroppedFiles({mp3});
-    FrmDialog dialog(controller.model(), world.fs, prompts, controller.icons(), controller.combo(), &window);
-    const QString facts = dialog.findChild<QLabel*>(QStringLiteral("lblText"))->text();
-    EXPECT_TRUE(facts.contains(QStringLiteral("\n曲名：Song\n艺人：未知艺术家\n"))) << qPrintable(facts);
-    EXPECT_TRUE(facts.contains(QStringLiteral("流派：Rock  音轨序号：7"))) << qPrintable(facts);
+    QFile mp3(world.file(u"s.mp3"_s, 0));
+    ASSERT_TRUE(mp3.open(QIODevice::WriteOnly));
+    mp3.write(QByteArray(200, 'x') + tag);
+    mp3.close();
+    controller.model().ResetFileList();
+    controller.model().AddDroppedFiles({mp3.fileName()});
+    EXPECT_TRUE(factsShown(*renameDialog()).contains(u"Song"_s));
 }
 
-TEST_F(FrmDialogTest, EnterRenamesAndTheListKeepsItsOrder)
+TEST_F(FileListUiTest, RenameBalloonRenamesOnEnterAndExplainsARefusal)
 {
-    const QString x = world.file(QStringLiteral("v/x.dat"));
-    const QString a = world.file(QStringLiteral("v/a.dat"));
+    const QString x = world.file(u"v/x.dat"_s);
+    const QString a = world.file(u"v/a.dat"_s);
     controller.model().AddDroppedFiles({x, a});
     emit controller.combo()->activated(1);
-    FrmDialog dialog(controller.model(), world.fs, prompts, controller.icons(), controller.combo(), &window);
-    dialog.show();
-    auto* field = dialog.findChild<QLineEdit*>(QStringLiteral("txtNewFileName"));
-    field->setText(QStringLiteral(" b.dat "));
-    QTest::keyClick(field, Qt::Key_Return);
-    EXPECT_EQ(dialog.result(), QDialog::Accepted);
-    EXPECT_FALSE(dialog.isVisible());
-    const QString b = world.path(QStringLiteral("v/b.dat"));
+    auto refused = renameDialog();
+    refused->show();
+    nameField(*refused)->setText(u"x.dat"_s);
+    refused->pressOk();
+    EXPECT_EQ(refused->result(), QDialog::Rejected);
+    ASSERT_EQ(prompts.notices.size(), 1);
+    EXPECT_TRUE(prompts.notices.first().contains(u"x.dat"_s));
+    EXPECT_EQ(controller.model().entries(), (QStringList{x, a}));
+
+    auto dialog = renameDialog();
+    dialog->show();
+    nameField(*dialog)->setText(u" b.dat "_s);
+    QTest::keyClick(nameField(*dialog), Qt::Key_Return);
+    EXPECT_EQ(dialog->result(), QDialog::Accepted);
+    EXPECT_FALSE(dialog->isVisible());
+    const QString b = world.path(u"v/b.dat"_s);
     EXPECT_EQ(controller.model().entries(), (QStringList{x, b}));
     EXPECT_EQ(controller.combo()->currentText(), b);
-    EXPECT_TRUE(prompts.notices.isEmpty());
+    EXPECT_EQ(prompts.notices.size(), 1);
 }
 
-TEST_F(FrmDialogTest, RefusedNameIsExplainedAndChangesNothing)
+TEST_F(FileListUiTest, RenameBalloonCancelWaitsHalfASecond)
 {
-    const QString a = world.file(QStringLiteral("v/a.dat"));
-    world.file(QStringLiteral("v/b.dat"));
+    const QString a = world.file(u"v/a.dat"_s);
     controller.model().AddDroppedFiles({a});
-    FrmDialog dialog(controller.model(), world.fs, prompts, controller.icons(), controller.combo(), &window);
-    dialog.show();
-    dialog.findChild<QLineEdit*>(QStringLiteral("txtNewFileName"))->setText(QStringLiteral("b.dat"));
-    dialog.pressOk();
-    EXPECT_EQ(dialog.result(), QDialog::Rejected);
-    ASSERT_EQ(prompts.notices.size(), 1);
-    EXPECT_TRUE(prompts.notices.first().contains(QStringLiteral("b.dat")));
-    EXPECT_EQ(controller.model().entries(), QStringList{a});
-    EXPECT_TRUE(QFile::exists(a));
-}
-
-TEST_F(FrmDialogTest, CancelWaitsHalfASecond)
-{
-    const QString a = world.file(QStringLiteral("v/a.dat"));
-    controller.model().AddDroppedFiles({a});
-    FrmDialog dialog(controller.model(), world.fs, prompts, controller.icons(), controller.combo(), &window);
-    dialog.show();
-    QSignalSpy rejected(&dialog, &QDialog::rejected);
+    auto dialog = renameDialog();
+    dialog->show();
+    QSignalSpy rejected(dialog.get(), &QDialog::rejected);
     QElapsedTimer clock;
     clock.start();
-    dialog.pressCancel();
-    EXPECT_TRUE(dialog.isVisible());
+    dialog->pressCancel();
+    EXPECT_TRUE(dialog->isVisible());
     ASSERT_TRUE(rejected.wait(5000));
     EXPECT_GE(clock.elapsed(), FrmDialog::kCancelDelayMs - 5);
     EXPECT_EQ(controller.model().entries(), QStringList{a});

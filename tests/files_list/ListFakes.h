@@ -1,6 +1,9 @@
 #pragma once
+// The file list's world in the tests: a temporary folder, a desktop that acts on it, and scripted answers for
+// the questions and choosers. The media and FUSE tests use them too.
 
 #include "fakes/FakeVolumes.h"
+#include "files/FileListModel.h"
 #include "files/FileSystem.h"
 #include "files/ListPrompts.h"
 #include "platform/Shell.h"
@@ -11,109 +14,101 @@
 #include <QTemporaryDir>
 
 #include <cerrno>
-
-#include <memory>
 #include <optional>
 
 namespace vindaro::testing {
 
-// A desktop that acts on the temporary folder for real (rename, delete, trash, move) and records each
-// call, so the list can be checked against what happened on disk.
+// A desktop that records each call ("copyInto PATH", "rename OLD -> NEW", ...) and acts on the disk for real:
+// with plain file operations, or through `real` (the Linux desktop layer) when a test sets it.
 class ActingShell final : public platform::Shell
 {
 public:
+    using Result = platform::FileOpResult;
     QStringList calls;
     QString chosenFolder; // the folder chooser's answer; empty = cancelled
-    bool refuseRename = false;
-    // When set, copy, move, trash and delete answer this and leave the disk alone.
-    std::optional<platform::FileOpResult> forced;
+    std::optional<Result>
+        forced; // when set, copy, move, trash and delete answer this and leave the disk alone
+    platform::Shell* real = nullptr;
 
-    platform::FileOpResult copyInto(const QString& source, const QString& folder, QWidget*) override
+    Result copyInto(const QString& source, const QString& folder, QWidget* owner) override
     {
-        calls << QStringLiteral("copyInto ") + source;
-        if (forced)
-            return *forced;
-        return outcome(QFile::copy(source, folder + QFileInfo(source).fileName()), source);
+        return act(QStringLiteral("copyInto ") + source, [&] {
+            return real ? real->copyInto(source, folder, owner)
+                        : done(QFile::copy(source, folder + QFileInfo(source).fileName()), source);
+        });
     }
-    platform::FileOpResult moveInto(const QString& source, const QString& folder, QWidget*) override
+    Result moveInto(const QString& source, const QString& folder, QWidget* owner) override
     {
-        calls << QStringLiteral("moveInto ") + source;
-        if (forced)
-            return *forced;
-        return outcome(QFile::rename(source, folder + QFileInfo(source).fileName()), source);
+        return act(QStringLiteral("moveInto ") + source, [&] {
+            return real ? real->moveInto(source, folder, owner)
+                        : done(QFile::rename(source, folder + QFileInfo(source).fileName()), source);
+        });
     }
-    platform::FileOpResult moveToTrash(const QString& path) override
+    Result moveToTrash(const QString& path) override
     {
-        calls << QStringLiteral("moveToTrash ") + path;
-        if (forced)
-            return *forced;
-        return outcome(QFile::remove(path), path);
+        return act(QStringLiteral("moveToTrash ") + path,
+            [&] { return real ? real->moveToTrash(path) : done(QFile::remove(path), path); });
     }
-    platform::FileOpResult deletePermanently(const QString& path) override
+    Result deletePermanently(const QString& path) override
     {
-        calls << QStringLiteral("deletePermanently ") + path;
-        if (forced)
-            return *forced;
-        return outcome(QFile::remove(path), path);
+        return act(QStringLiteral("deletePermanently ") + path,
+            [&] { return real ? real->deletePermanently(path) : done(QFile::remove(path), path); });
     }
-    bool hasDefaultApplication(const QString&) override { return true; }
     int rename(const QString& oldPath, const QString& newPath) override
     {
         calls << QStringLiteral("rename %1 -> %2").arg(oldPath, newPath);
-        if (refuseRename || QFileInfo::exists(newPath))
-            return 17;
-        return QFile::rename(oldPath, newPath) ? 0 : 2;
+        if (real)
+            return real->rename(oldPath, newPath);
+        return QFileInfo::exists(newPath) ? EEXIST : QFile::rename(oldPath, newPath) ? 0 : ENOENT;
     }
-    bool open(const QString& path) override
-    {
-        calls << QStringLiteral("open ") + path;
-        return true;
-    }
-    bool openWith(const QString& path) override
-    {
-        calls << QStringLiteral("openWith ") + path;
-        return true;
-    }
+    bool hasDefaultApplication(const QString&) override { return true; }
+    bool open(const QString& path) override { return record(QStringLiteral("open ") + path); }
+    bool openWith(const QString& path) override { return record(QStringLiteral("openWith ") + path); }
     bool showProperties(const QString& path, QWidget*) override
     {
-        calls << QStringLiteral("showProperties ") + path;
-        return true;
+        return record(QStringLiteral("showProperties ") + path);
     }
     QString chooseFolder(const QString&, QWidget*) override
     {
-        calls << QStringLiteral("chooseFolder");
+        record(QStringLiteral("chooseFolder"));
         return chosenFolder;
     }
     QString typeName(const QString&) override { return QStringLiteral("Video"); }
 
 private:
-    static platform::FileOpResult outcome(bool done, const QString& path)
+    template<typename Act> Result act(const QString& call, Act doIt)
     {
-        return done ? platform::FileOpResult{}
-                    : platform::FileOpResult::failed(platform::FileOpResult::Step::WriteTarget, EIO, path);
+        calls << call;
+        return forced ? *forced : doIt();
+    }
+    bool record(const QString& call)
+    {
+        calls << call;
+        return true;
+    }
+    static Result done(bool ok, const QString& path)
+    {
+        return ok ? Result{} : Result::failed(Result::Step::WriteTarget, EIO, path);
     }
 };
 
-class ScriptedPrompter final : public files::Prompter
+// Questions answered from a queue (cancel when it is empty), notices and choosers recorded.
+class ScriptedPrompter final : public files::Prompter, public files::ListDialogs
 {
 public:
-    QQueue<int> answers; // for askYesNoCancel; cancel when empty
+    QQueue<int> answers;
     QStringList asked;
     QStringList notices;
+    QStringList openAnswer; // the file chooser's answer
+    std::optional<files::FolderChoice> folderAnswer; // the add-folder chooser's answer
+    int folderAsked = 0;
+
     int askYesNoCancel(const QString& text, const QString&) override
     {
         asked << text;
         return answers.isEmpty() ? files::kAnswerCancel : answers.dequeue();
     }
     void notify(const QString& text, const QString&) override { notices << text; }
-};
-
-class ScriptedDialogs final : public files::ListDialogs
-{
-public:
-    QStringList openAnswer;
-    std::optional<files::FolderChoice> folderAnswer;
-    int folderAsked = 0;
     QStringList chooseFilesToOpen(QWidget*) override { return openAnswer; }
     std::optional<files::FolderChoice> chooseFolderToAdd(QWidget*) override
     {
@@ -129,6 +124,7 @@ struct ListWorld
     FakeVolumes volumes;
     ActingShell shell;
     files::FileSystem fs{volumes, shell};
+    ScriptedPrompter prompts;
 
     ListWorld() { volumes.add(QStringLiteral("/"), platform::kDriveFixed, QStringLiteral("/dev/sda1")); }
 
@@ -149,5 +145,13 @@ struct ListWorld
         return path(relative);
     }
 };
+
+// Makes `path` the list's one entry, current and refreshed.
+inline void listOnly(files::FileListModel& list, const QString& path)
+{
+    list.ResetFileList();
+    list.appendEntries({path});
+    list.RefreshFileList();
+}
 
 } // namespace vindaro::testing

@@ -19,9 +19,9 @@ else()
   message(STATUS "libfuse3 not found: the FUSE tests are not built")
 endif()
 
-# vindaro_fuse_program(NAME SOURCES ...): a FUSE file system for the tests.
+# vindaro_fuse_program(NAME SOURCES ...): a FUSE file system for the tests and the benchmarks.
 function(vindaro_fuse_program name)
-  if(NOT FUSE3_FOUND)
+  if(NOT TARGET vindaro_fuse_fs)
     return()
   endif()
   cmake_parse_arguments(P "" "" "SOURCES" ${ARGN})
@@ -33,7 +33,7 @@ endfunction()
 # vindaro_fuse_test(NAME SOURCES ... LIBS ... PROGRAMS ...): a test that runs PROGRAMS (FUSE file systems or
 # tools); each one's path is a macro named after it in capitals (medium_fs: MEDIUM_FS, vindaro-copy: VINDARO_COPY).
 function(vindaro_fuse_test name)
-  if(NOT FUSE3_FOUND)
+  if(NOT TARGET vindaro_fuse_mount)
     return()
   endif()
   cmake_parse_arguments(T "" "" "SOURCES;LIBS;PROGRAMS" ${ARGN})
@@ -46,5 +46,6 @@ function(vindaro_fuse_test name)
   endforeach()
 endfunction()
 
-# The scratched disc of bench/rescue_bench.sh: seeded bad sectors that fail slowly, and a checker of copies.
-vindaro_fuse_program(damaged_disc_fs SOURCES ${CMAKE_CURRENT_LIST_DIR}/DamagedDiscFs.cpp)
+# Read-only files with read errors, hanging reads and refused removals, for the file commands' and the media
+# windows' tests.
+vindaro_fuse_program(faulty_fs SOURCES ${CMAKE_CURRENT_LIST_DIR}/FaultyFs.cpp)

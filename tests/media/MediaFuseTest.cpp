@@ -2,9 +2,7 @@
 // read errors and a read that hangs, from a FUSE file system of the test's own.
 #include "FuseMount.h"
 #include "TestMedia.h"
-#include "fakes/FakeShell.h"
-#include "fakes/FakeVolumes.h"
-#include "files/FileSystem.h"
+#include "files_list/ListFakes.h"
 #include "media/MediaSession.h"
 #include "media/ui/QtMediaBackend.h"
 #include "media/ui/frmPrevVideo.h"
@@ -12,13 +10,11 @@
 #include <QFile>
 #include <QPointer>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
-#include <csignal>
+#include <memory>
 
 using namespace vindaro::media;
 using namespace vindaro::testing;
@@ -26,6 +22,33 @@ using namespace vindaro::testing;
 namespace {
 
 constexpr int kWaitMs = 30000;
+
+// A disc holding AVSEQ01.DAT, the bytes of a real clip with a fault over 8 KiB from half the file on.
+class ScratchedDisc : public FuseMount
+{
+public:
+    ScratchedDisc(const QString& mountPoint, const QString& clip, const char* fault)
+        : FuseMount(QStringLiteral(FAULTY_FS), mountPoint,
+            {QStringLiteral("AVSEQ01.DAT:@%1:%2@%3+8192")
+                    .arg(clip, QLatin1String(fault))
+                    .arg(QFile(clip).size() / 2)})
+    {
+    }
+    ~ScratchedDisc() override { release(); }
+    QString file() const { return path(QStringLiteral("AVSEQ01.DAT")); }
+    // True once a read hangs in the disc.
+    bool hangs()
+    {
+        return QTest::qWaitFor([&] { return heard().contains("hang"); }, kWaitMs);
+    }
+    // Everything the disc said so far.
+    QByteArray heard() { return said += process().readAllStandardOutput(); }
+    // Lets every hanging read go on.
+    void release() { QFile::exists(path(QStringLiteral("release"))); }
+
+private:
+    QByteArray said;
+};
 
 class ScratchedMedia : public ::testing::Test
 {
@@ -35,29 +58,26 @@ protected:
         if (!QtMediaBackend::available())
             GTEST_SKIP() << "Qt Multimedia finds no media backend on this machine";
         QString error;
-        ASSERT_TRUE(makeClip({1, QSize(352, 240), 50, 30000, 1001, 44100}, m_source, &error))
+        ASSERT_TRUE(makeClip({1, QSize(352, 240), 50, 30000, 1001, 44100}, clip, &error))
             << error.toStdString();
         ASSERT_TRUE(QTest::qWaitFor([] { return QtMediaBackend::liveThreads() == 0; }, kWaitMs));
     }
-    // `kind` over the stretch from half the file on.
-    QStringList ranges(const char* kind) const
+    std::unique_ptr<ScratchedDisc> mount(const char* fault)
     {
-        const qint64 half = QFile(m_source).size() / 2;
-        return {m_source, QStringLiteral("%1:%2:8192").arg(QLatin1String(kind)).arg(half)};
+        return std::make_unique<ScratchedDisc>(world.path(QStringLiteral("disc")), clip, fault);
     }
 
-    QTemporaryDir m_folder;
-    QString m_source = m_folder.filePath(QStringLiteral("clip.dat"));
-    QString m_disc = m_folder.filePath(QStringLiteral("disc"));
+    ListWorld world;
+    QString clip = world.path(QStringLiteral("clip.dat"));
 };
 
 TEST_F(ScratchedMedia, ReadErrorsEndThePlayAndNothingHangs)
 {
-    FuseMount disc(QStringLiteral(SCRATCHED_MEDIA_FS), m_disc, ranges("eio"));
-    VINDARO_SKIP_UNLESS_MOUNTED(disc);
+    const auto disc = mount("eio");
+    VINDARO_SKIP_UNLESS_MOUNTED(*disc);
     QtMediaBackend backend;
     MediaSession session(backend);
-    session.open(disc.path(QStringLiteral("AVSEQ01.DAT")));
+    session.open(disc->file());
     session.StartPlay();
     EXPECT_TRUE(QTest::qWaitFor([&] { return session.state() == MediaState::Empty; }, kWaitMs));
     session.StartPlay();
@@ -68,32 +88,20 @@ TEST_F(ScratchedMedia, ReadErrorsEndThePlayAndNothingHangs)
 // player it had is released on its own thread when the read finally returns.
 TEST_F(ScratchedMedia, AReadThatHangsNeverHoldsTheWindow)
 {
-    FuseMount disc(QStringLiteral(SCRATCHED_MEDIA_FS), m_disc, ranges("hang"));
-    VINDARO_SKIP_UNLESS_MOUNTED(disc);
-    FakeVolumes volumes;
-    FakeShell shell;
-    vindaro::files::FileSystem fs(volumes, shell);
-
-    QPointer<frmPrevVideo> preview = new frmPrevVideo(fs);
+    const auto disc = mount("hang");
+    VINDARO_SKIP_UNLESS_MOUNTED(*disc);
+    QPointer<frmPrevVideo> preview = new frmPrevVideo(world.fs);
     preview->show();
-    preview->OpenMediaFile(disc.path(QStringLiteral("AVSEQ01.DAT")));
+    preview->OpenMediaFile(disc->file());
     preview->StartPlay();
-    QByteArray said;
-    ASSERT_TRUE(QTest::qWaitFor(
-        [&] {
-            said += disc.process().readAllStandardOutput();
-            return said.contains("hang");
-        },
-        kWaitMs));
+    ASSERT_TRUE(disc->hangs());
 
     preview->close();
     EXPECT_TRUE(QTest::qWaitFor([&] { return preview.isNull(); }, kWaitMs));
     // The window is gone while the read still hangs: its player waits on its own thread.
-    said += disc.process().readAllStandardOutput();
-    EXPECT_FALSE(said.contains("released"));
+    EXPECT_FALSE(disc->heard().contains("released"));
     EXPECT_EQ(QtMediaBackend::liveThreads(), 1);
-
-    ::kill(static_cast<pid_t>(disc.process().processId()), SIGUSR1);
+    disc->release();
     EXPECT_TRUE(QTest::qWaitFor([] { return QtMediaBackend::liveThreads() == 0; }, kWaitMs));
 }
 
@@ -113,24 +121,16 @@ char mainThreadState(qint64 pid)
 // with a real drive.)
 TEST_F(ScratchedMedia, QuitWhileAReadHangsEndsTheProgram)
 {
-    FuseMount disc(QStringLiteral(SCRATCHED_MEDIA_FS), m_disc, ranges("hang"));
-    VINDARO_SKIP_UNLESS_MOUNTED(disc);
+    const auto disc = mount("hang");
+    VINDARO_SKIP_UNLESS_MOUNTED(*disc);
     QProcess probe;
-    probe.start(QStringLiteral(MEDIA_QUIT_PROBE), {disc.path(QStringLiteral("AVSEQ01.DAT"))});
-    QByteArray said;
-    ASSERT_TRUE(QTest::qWaitFor(
-        [&] {
-            said += disc.process().readAllStandardOutput();
-            return said.contains("hang");
-        },
-        kWaitMs));
+    probe.start(QStringLiteral(MEDIA_QUIT_PROBE), {disc->file()});
+    ASSERT_TRUE(disc->hangs());
 
     probe.write("quit\n");
     EXPECT_TRUE(QTest::qWaitFor([&] { return mainThreadState(probe.processId()) == 'Z'; }, kWaitMs));
-    said += disc.process().readAllStandardOutput();
-    EXPECT_FALSE(said.contains("released"));
-
-    ::kill(static_cast<pid_t>(disc.process().processId()), SIGUSR1);
+    EXPECT_FALSE(disc->heard().contains("released"));
+    disc->release();
     ASSERT_TRUE(probe.waitForFinished(kWaitMs));
     EXPECT_EQ(probe.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(probe.exitCode(), 0);

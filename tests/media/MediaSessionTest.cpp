@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace vindaro::media;
 using vindaro::testing::FakeMediaBackend;
 
@@ -28,9 +30,14 @@ struct SessionRig
     }
 };
 
-TEST(MediaSession, OpensAVideoWithItsDurationAndPictureSize)
+TEST(MediaSession, OpensAVideoWithItsDurationAndPictureSizeAndNeverAFileOfNoMediaKind)
 {
     SessionRig rig;
+    rig.session.open(QStringLiteral("/home/user/notes.txt"));
+    rig.session.StartPlay();
+    EXPECT_TRUE(rig.backend.calls.isEmpty());
+    EXPECT_EQ(rig.session.state(), MediaState::Empty);
+
     QSignalSpy totals(&rig.session, &MediaSession::totalsChanged);
     rig.session.open(kVideo);
     EXPECT_EQ(rig.backend.calls, QStringList{QStringLiteral("open:") + kVideo});
@@ -74,15 +81,6 @@ TEST(MediaSession, VideoWithoutPictureOrUnrenderableFileIsClosedQuietly)
         EXPECT_EQ(rig.missing.count(), row.pictureMissing ? 1 : 0);
         EXPECT_EQ(rig.ended.count(), 0);
     }
-}
-
-TEST(MediaSession, FileOfNoMediaKindIsNeverOpened)
-{
-    SessionRig rig;
-    rig.session.open(QStringLiteral("/home/user/notes.txt"));
-    rig.session.StartPlay();
-    EXPECT_TRUE(rig.backend.calls.isEmpty());
-    EXPECT_EQ(rig.session.state(), MediaState::Empty);
 }
 
 TEST(MediaSession, PlayAskedWhileOpeningStartsOnceReady)
@@ -140,14 +138,13 @@ TEST(MediaSession, TickShowsThePositionOnlyWhilePlaying)
     rig.session.tick();
     ASSERT_EQ(moved.count(), 1);
     EXPECT_DOUBLE_EQ(moved.first().first().toDouble(), 3725.6);
-    const TimeParts shown = rig.session.shownTime();
-    EXPECT_EQ(shown.hours, 1);
-    EXPECT_EQ(shown.minutes, 2);
-    EXPECT_EQ(shown.seconds, 5);
-
+    const auto shown = [&] {
+        const TimeParts t = rig.session.shownTime();
+        return std::tuple(t.hours, t.minutes, t.seconds);
+    };
+    EXPECT_EQ(shown(), std::tuple(1, 2, 5));
     rig.session.StopPlay();
-    EXPECT_EQ(rig.session.shownTime().hours, 0);
-    EXPECT_EQ(rig.session.shownTime().seconds, 0);
+    EXPECT_EQ(shown(), std::tuple(0, 0, 0));
 }
 
 // The end and an error while playing both close the media and send the progress control home; playing
