@@ -289,7 +289,8 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
                     lock.unlock();
                     // The next block starts on the last copied byte, as every block overlaps the one before.
                     if (range.state == RescueState::Copied && range.end() - 1 > at)
-                        m_state.position += range.end() - 1 - at; // added: a manual skip made meanwhile adds up
+                        m_state.position
+                            += range.end() - 1 - at; // added: a manual skip made meanwhile adds up
                 }
             }
             const qint64 position = m_state.position;
