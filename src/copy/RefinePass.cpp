@@ -225,7 +225,13 @@ CopyOutcome RefinePass::refine(
         inner.pop();
         if (area.end < area.begin || area.misses >= m_settings.maxMisses)
             continue; // given up: its probes kept failing
-        const qint64 middle = area.begin + (area.end - area.begin) / 2;
+        // A sector of the middle half, not its very middle: the bad sectors of a scratch repeat once a turn
+        // of the disc, and halving again and again would hit them again and again where a turn's length
+        // divides the area's. The choice is a fixed function of the area, so a pass repeats itself exactly.
+        const qint64 span = area.end - area.begin + 1;
+        const quint64 mixed = quint64(area.begin) * 0x9E3779B97F4A7C15ULL + quint64(area.end);
+        const qint64 middle
+            = area.begin + span / 4 + qint64((mixed >> 33) % quint64(std::max<qint64>(1, span / 2)));
         const Read probe = readSector(middle * m_sector, 0, 0);
         if (probe == Read::Stop)
             return end(source, destination);

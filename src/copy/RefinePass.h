@@ -18,7 +18,7 @@ struct RefineSettings
     qint64 sectorBytes = 0; // the device's sector; 0: the source says, else 2,048 on optical media and 512
     // Failed probes in a row within one area's splits before the area is given up: a long bad run costs a
     // handful of failed reads, not one per sector.
-    int maxMisses = 4;
+    int maxMisses = 3;
     qint64 timeBudgetSeconds = 0; // 0: no limit
     std::function<qint64()> clockMilliseconds = {}; // a monotonic clock; a QElapsedTimer when empty
 };
