@@ -561,10 +561,10 @@ CopyOutcome BlockCopier::finish(
     if (m_mapActive) {
         // A whole copy leaves no map behind; one with skipped stretches keeps it for a refine pass.
         const RescueMap map = rescueMap();
-        if (map.isComplete())
-            m_maps->remove(destination);
-        else
+        if (!map.isComplete())
             m_maps->save(destination, map);
+        else if (m_mapMayBeKept)
+            m_maps->remove(destination); // a new whole copy has none to remove: no look at the disk
     }
     if (m_batch) {
         enterIdleState(); // the per-file reset; the batch goes on with the next file
@@ -626,15 +626,19 @@ void BlockCopier::saveRecord(const QString& destination, Positions at, bool merg
         record.writePosition = at.mergePosition;
     }
     m_resumeStore.save(destination, record);
-    if (m_mapActive)
+    if (m_mapActive) {
         m_maps->save(destination, rescueMap());
+        m_mapMayBeKept = true;
+    }
 }
 
 void BlockCopier::startMap(const QString& destination, qint64 sourceLength)
 {
     const qint64 before = std::clamp<qint64>(m_state.position - 1, 0, sourceLength);
     RescueMap map;
-    // A copy from the first byte starts a new map; one that goes on keeps what its map knew.
+    // A copy from the first byte starts a new map (a kept one was dropped when the copy began over); one that
+    // goes on keeps what its map knew.
+    m_mapMayBeKept = before > 0;
     if (before == 0 || !m_maps->load(destination, map) || map.size() != sourceLength) {
         map = RescueMap(sourceLength);
         map.mark(0, before, RescueState::Copied); // the destination's bytes up to where the copy goes on

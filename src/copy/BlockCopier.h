@@ -161,6 +161,7 @@ private:
     RescueMapStore* m_maps = nullptr;
     bool m_mapActive = false; // the run in hand keeps a map
     bool m_mapStarted = false; // m_map belongs to the run in hand
+    bool m_mapMayBeKept = false; // a map of this destination was loaded or saved: a whole copy removes it
     mutable std::mutex m_mapMutex; // guards m_map: the quit saves it from another thread
     RescueMap m_map;
     qint64 m_lastReadOffset = 0; // the block the last read asked for: a failure marks it

@@ -6,6 +6,12 @@ namespace vindaro::disc {
 
 using platform::IoResult;
 
+namespace {
+
+constexpr qint64 kPlainMemoMilliseconds = 1000;
+
+} // namespace
+
 DiscFileLayer::DiscFileLayer(platform::FileLayer& plain, platform::Volumes& volumes)
     : m_plain(plain)
     , m_volumes(volumes)
@@ -33,10 +39,20 @@ DiscFileLayer::Target DiscFileLayer::resolve(const QString& path)
         target.entry = *entry;
         return target;
     }
+    {
+        const QMutexLocker lock(&m_mutex);
+        if (path == m_lastPlain && m_lastPlainAge.isValid()
+            && m_lastPlainAge.elapsed() < kPlainMemoMilliseconds)
+            return target;
+    }
     const MountedDiscFiles::Lookup found = MountedDiscFiles::shared().lookup(m_volumes, path);
     switch (found.kind) {
-    case MountedDiscFiles::Kind::Plain:
+    case MountedDiscFiles::Kind::Plain: {
+        const QMutexLocker lock(&m_mutex);
+        m_lastPlain = path;
+        m_lastPlainAge.start();
         break;
+    }
     case MountedDiscFiles::Kind::Form2:
         target.kind = Target::Kind::OnDisc;
         target.disc = found.device;

@@ -5,6 +5,7 @@
 #include "platform/FileIo.h"
 #include "platform/Volumes.h"
 
+#include <QElapsedTimer>
 #include <QMutex>
 
 namespace vindaro::disc {
@@ -65,6 +66,10 @@ private:
     DiscLog m_log;
     QMutex m_mutex;
     QString m_lastFailure; // the last disc failure logged
+    // The last path found plain, and when: a copy asks of one file its length and then opens it, and a
+    // batch does so for thousands; a second look within a moment is spared (guarded by m_mutex).
+    QString m_lastPlain;
+    QElapsedTimer m_lastPlainAge;
 };
 
 } // namespace vindaro::disc

@@ -53,7 +53,8 @@ DiscKind discKindOf(const QString& path)
 
 std::optional<DiscFileName> parseDiscFileName(const QString& text)
 {
-    if (nodeOf(text) != Node::Missing)
+    // Asked of every path a copy touches: a name without ":/" costs no look at the disk.
+    if (!text.contains(QLatin1String(":/")) || nodeOf(text) != Node::Missing)
         return std::nullopt;
     for (qsizetype at = text.indexOf(QLatin1String(":/")); at > 0;
          at = text.indexOf(QLatin1String(":/"), at + 1)) {

@@ -168,8 +168,15 @@ bool refuseDiscSources(disc::DiscFileLayer* discs, const QStringList& sources, Q
 {
     if (!discs)
         return false;
+    // One look at the mount table for the whole list: only names on a mounted disc, or naming a drive or
+    // image, can be a disc's file.
+    platform::LinuxVolumes volumes;
+    const QList<platform::Volume> mounted = volumes.list();
     qsizetype refused = 0;
     for (const QString& source : sources) {
+        const auto volume = platform::volumeHolding(mounted, source);
+        if (!source.contains(QLatin1String(":/")) && (!volume || volume->fsType != QLatin1String("iso9660")))
+            continue;
         const QString problem = discs->problemWith(source);
         if (!problem.isEmpty()) {
             err << problem << '\n';
@@ -270,25 +277,33 @@ int runBatch(ConsoleCopyHost& host, CopyState& state, const QStringList& sources
     const BatchResult result = batch.copyingFiles(absolute);
     if (!result.started)
         return kExitNotStarted;
-    QList<QPair<QString, QString>> copies;
+    // The maps of the batch are in hand; only a file the refine pass read again has a newer one kept.
+    std::vector<DamageInput> damaged;
     int stillDamaged = 0;
     for (const DamageInput& copy : result.copies) {
-        copies << qMakePair(copy.source, copy.destination);
         if (copy.map.isComplete())
             continue;
+        DamageInput input = copy;
         // The refine pass reads what the batch skipped in this file, as the single copy's would.
         if (rescue.refine && !result.cancelled && !state.stopRequested) {
             CopySession session(state, host, files, resumeStore, drives);
             session.setRescueMapStore(&maps);
-            const CopyOutcome refined = session.refine(copy.source, copy.destination, rescue.settings);
-            if (refined == CopyOutcome::Finished)
+            if (session.refine(copy.source, copy.destination, rescue.settings) == CopyOutcome::Finished)
                 continue;
+            RescueMap refined;
+            if (maps.load(copy.destination, refined))
+                input.map = refined;
         }
         ++stillDamaged;
+        damaged.push_back(std::move(input));
     }
     if (result.copies.empty())
         stillDamaged = result.withSkips; // no maps to go by
-    reportDamage(maps, copies, result.notReached, files, host.out());
+    const DamageReport report = makeDamageReport(damaged, result.notReached, &files);
+    if (!report.isEmpty()) {
+        host.out() << msg::damageReportText(report) << '\n';
+        host.out().flush();
+    }
     if (result.cancelled)
         return kExitCancelled;
     if (result.failed > 0 || result.syncFailed || result.finished + result.skipped < result.files)
