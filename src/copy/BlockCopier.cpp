@@ -107,7 +107,7 @@ IoResult BlockCopier::closeDestination(platform::RandomAccessFile& out, bool flu
     if (!synced.ok())
         return synced;
     if (closed.ok() && flush)
-        m_durable = Positions{m_state.writtenPosition, m_state.writtenMergePosition};
+        noteDurable();
     return closed;
 }
 
@@ -124,6 +124,10 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
     // the record this one continues from.
     m_durable = Positions{m_state.position, m_state.mergePosition};
     noteWritten(m_state.position, m_state.mergePosition);
+    {
+        const std::lock_guard<std::mutex> lock(m_mapMutex);
+        m_unsynced.clear();
+    }
     // A merge closes up behind what it skips: its bytes have no place of their own in the source to map.
     m_mapActive = m_maps && !merge;
     {
@@ -375,7 +379,7 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
                     break;
                 }
                 if (flushed == Flush::Done && out->sync().ok()) {
-                    m_durable = Positions{m_state.writtenPosition, m_state.writtenMergePosition};
+                    noteDurable();
                     saveResumeRecord(destination);
                 }
             }
@@ -398,7 +402,7 @@ CopyOutcome BlockCopier::run(const QString& source, const QString& destination, 
             // The block that failed is not counted; what was written before it counts only if the device
             // confirms it now. The close can only add to a failure already in hand.
             if (out->sync().ok())
-                m_durable = Positions{m_state.writtenPosition, m_state.writtenMergePosition};
+                noteDurable();
             out->close();
             out.reset();
             if (failed(IoSide::Destination))
@@ -561,10 +565,10 @@ CopyOutcome BlockCopier::finish(
     if (m_mapActive) {
         // A whole copy leaves no map behind; one with skipped stretches keeps it for a refine pass.
         const RescueMap map = rescueMap();
-        if (!map.isComplete())
+        if (map.isComplete())
+            m_maps->remove(destination); // an earlier run's map would only mislead now
+        else
             m_maps->save(destination, map);
-        else if (m_mapMayBeKept)
-            m_maps->remove(destination); // a new whole copy has none to remove: no look at the disk
     }
     if (m_batch) {
         enterIdleState(); // the per-file reset; the batch goes on with the next file
@@ -605,10 +609,10 @@ void BlockCopier::saveResumeRecord(const QString& destination)
 {
     if (m_state.abandoned)
         return; // saveRecordOnQuit() has the last word
-    saveRecord(destination, m_durable, m_merge);
+    saveRecord(destination, m_durable, m_merge, true);
 }
 
-void BlockCopier::saveRecord(const QString& destination, Positions at, bool merge)
+void BlockCopier::saveRecord(const QString& destination, Positions at, bool merge, bool confirmedOnly)
 {
     if (!m_files.exists(destination) || at.position >= m_state.sourceLength)
         return;
@@ -626,19 +630,27 @@ void BlockCopier::saveRecord(const QString& destination, Positions at, bool merg
         record.writePosition = at.mergePosition;
     }
     m_resumeStore.save(destination, record);
-    if (m_mapActive) {
-        m_maps->save(destination, rescueMap());
-        m_mapMayBeKept = true;
+    if (!m_mapActive)
+        return;
+    RescueMap map;
+    {
+        const std::lock_guard<std::mutex> lock(m_mapMutex);
+        map = m_mapStarted ? m_map : RescueMap();
+        // Bytes written since the device last confirmed a sync may be lost with a failed write-back: the map
+        // kept with a record of confirmed bytes calls them untried, so a continue reads them again.
+        if (confirmedOnly) {
+            for (const RescueRange& range : m_unsynced)
+                map.mark(range.offset, range.length, RescueState::Untried);
+        }
     }
+    m_maps->save(destination, map);
 }
 
 void BlockCopier::startMap(const QString& destination, qint64 sourceLength)
 {
     const qint64 before = std::clamp<qint64>(m_state.position - 1, 0, sourceLength);
     RescueMap map;
-    // A copy from the first byte starts a new map (a kept one was dropped when the copy began over); one that
-    // goes on keeps what its map knew.
-    m_mapMayBeKept = before > 0;
+    // A copy from the first byte starts a new map; one that goes on keeps what its map knew.
     if (before == 0 || !m_maps->load(destination, map) || map.size() != sourceLength) {
         map = RescueMap(sourceLength);
         map.mark(0, before, RescueState::Copied); // the destination's bytes up to where the copy goes on
@@ -654,6 +666,18 @@ void BlockCopier::markCopied(qint64 offset, qint64 length)
         return;
     const std::lock_guard<std::mutex> lock(m_mapMutex);
     m_map.mark(offset, length, RescueState::Copied);
+    if (!m_unsynced.empty() && m_unsynced.back().end() >= offset)
+        m_unsynced.back().length
+            = std::max(m_unsynced.back().end(), offset + length) - m_unsynced.back().offset;
+    else
+        m_unsynced.push_back(RescueRange{offset, length, RescueState::Copied});
+}
+
+void BlockCopier::noteDurable()
+{
+    m_durable = Positions{m_state.writtenPosition, m_state.writtenMergePosition};
+    const std::lock_guard<std::mutex> lock(m_mapMutex);
+    m_unsynced.clear();
 }
 
 void BlockCopier::markUntried(qint64 offset, qint64 length, RescueState state)
@@ -695,8 +719,8 @@ bool BlockCopier::saveRecordOnQuit()
     // Every write before these positions returned success, so the bytes are in the system's hands; the
     // quit does not wait for the device (a sync of a large copy to a slow stick could take minutes), and
     // the system writes them out after the program has ended.
-    saveRecord(
-        destination, Positions{m_state.writtenPosition, m_state.writtenMergePosition}, m_state.merging);
+    saveRecord(destination, Positions{m_state.writtenPosition, m_state.writtenMergePosition}, m_state.merging,
+        false);
     return true;
 }
 

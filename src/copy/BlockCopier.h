@@ -93,7 +93,9 @@ private:
     // Syncs (when `flush`) and closes the destination; a sync that succeeds makes what was written durable.
     platform::IoResult closeDestination(platform::RandomAccessFile& out, bool flush);
     void noteWritten(qint64 position, qint64 mergePosition);
-    void saveRecord(const QString& destination, Positions at, bool merge);
+    // confirmedOnly: `at` counts only what a sync confirmed, and the map kept with it says the same.
+    void saveRecord(const QString& destination, Positions at, bool merge, bool confirmedOnly);
+    void noteDurable(); // a sync has confirmed every write so far
     CopyOutcome onStop(const QString& source, const QString& destination, bool merge);
     // The map for a run that begins at `position` of a `sourceLength`-byte source: the kept one when it
     // fits, else a new one with the bytes before `position` copied.
@@ -161,9 +163,9 @@ private:
     RescueMapStore* m_maps = nullptr;
     bool m_mapActive = false; // the run in hand keeps a map
     bool m_mapStarted = false; // m_map belongs to the run in hand
-    bool m_mapMayBeKept = false; // a map of this destination was loaded or saved: a whole copy removes it
     mutable std::mutex m_mapMutex; // guards m_map: the quit saves it from another thread
     RescueMap m_map;
+    std::vector<RescueRange> m_unsynced; // copied since the last confirmed sync (guarded by m_mapMutex)
     qint64 m_lastReadOffset = 0; // the block the last read asked for: a failure marks it
     qint64 m_lastReadBytes = 0;
 };

@@ -746,6 +746,37 @@ TEST(BlockCopierMap, MapsTheCopyWithoutChangingIt)
     }
 }
 
+// A destination that stops confirming its writes: the map kept with the record calls copied only what a sync
+// confirmed, so a continue rewrites the rest instead of jumping over bytes that may be lost.
+TEST(BlockCopierMap, KeepsOnlyConfirmedBytesCopiedAfterADestinationFailure)
+{
+    fake::MemoryFileLayer files;
+    CopyState state;
+    fake::FakeCopyHost host;
+    fake::MemoryResumeStore store;
+    fake::MemoryRescueMapStore maps;
+    BlockCopier copier(state, host, files, store, {});
+    copier.setRescueMapStore(&maps);
+    files.put(kSource, positionBytes(3000));
+    files.faults(kSource).badReads = {ByteRange{250, 1}}; // a skip (and its sync) at the round of 201
+    files.faults(kDest).writeLimit = 1450;
+    files.faults(kDest).writeErrno = EIO;
+    host.onBlock = [&] {
+        if (state.position > 1000)
+            files.faults(kDest).syncErrno = EIO; // nothing after the skip is confirmed
+    };
+    state.blockBytes = 100;
+    state.skipBlocks = 1;
+    state.position = 1;
+    state.copyRunning = true;
+    EXPECT_EQ(copier.copyBlocks(kSource, kDest, 100), CopyOutcome::Failed);
+    ASSERT_TRUE(store.records.contains(kDest));
+    RescueMap map;
+    ASSERT_TRUE(maps.load(kDest, map));
+    EXPECT_EQ(store.records[kDest].continuePosition, 201);
+    EXPECT_EQ(map.bytes(RescueState::Copied), 201); // written after 201 but never confirmed: untried
+}
+
 // A copy that goes on with a kept map reads nothing the map says was copied: it starts again after it.
 TEST(BlockCopierMap, NothingCopiedIsReadAgain)
 {

@@ -491,7 +491,9 @@ int runCopyTool(const QStringList& args, platform::FileLayer& files, disc::DiscF
     }
     if (!rescue.mapfile.isEmpty())
         exportMap(maps, destination, source, files, rescue.mapfile, creator, err);
-    reportDamage(maps, {{source, destination}}, {}, files, out);
+    // A copy that ended (not one that failed or was stopped: its box or Ctrl-C said so) reports its holes.
+    if (outcome == copy::CopyOutcome::Finished || outcome == copy::CopyOutcome::FinishedWithSkips)
+        reportDamage(maps, {{source, destination}}, {}, files, out);
     // A copy that went on from an earlier run finishes with that run's holes still in it: its map says so.
     RescueMap kept;
     if (outcome == copy::CopyOutcome::Finished && maps.load(destination, kept) && !kept.isComplete())
